@@ -1,0 +1,58 @@
+// The loader of JSON files.
+
+#pragma once
+
+#include <rapidjson/document.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "config/interface/configload.h"
+
+class ConfigLoadJson : public ConfigLoad {
+ public:
+  // Returns an initialised loader, or null with a line in the log. The caller owns it.
+  static ConfigLoadJson* Create(ConfigLoadCreateData data);
+
+  int32_t Initialize(ConfigLoadCreateData data) override;
+
+  int32_t GetInt(const std::string& key, int32_t& value, int32_t defaultValue) const override;
+  int32_t GetFloat(const std::string& key, float& value, float defaultValue) const override;
+  int32_t GetString(const std::string& key, std::string& value,
+                    std::string defaultValue) const override;
+  int32_t GetIntArray(const std::string& key, std::vector<int32_t>& values) const override;
+  int32_t GetFloatArray(const std::string& key, std::vector<float>& values) const override;
+  int32_t GetStringArray(const std::string& key, std::vector<std::string>& values) const override;
+  int32_t GetObject(const std::string& key, const void** handle) const override;
+
+  int32_t GetInt(const void* object, std::string key, int32_t& value,
+                 int32_t defaultValue) const override;
+  int32_t GetFloat(const void* object, std::string key, float& value,
+                   float defaultValue) const override;
+  int32_t GetString(const void* object, std::string key, std::string& value,
+                    std::string defaultValue) const override;
+  int32_t GetIntArray(const void* object, std::string key,
+                      std::vector<int32_t>& values) const override;
+  int32_t GetFloatArray(const void* object, std::string key,
+                        std::vector<float>& values) const override;
+  int32_t GetStringArray(const void* object, std::string key,
+                         std::vector<std::string>& values) const override;
+  int32_t GetObject(const void* object, const std::string& key, const void** handle) const override;
+
+  int32_t GetInt(const std::string& key) const override;
+  float GetFloat(const std::string& key) const override;
+  std::string GetString(const std::string& key) const override;
+  std::vector<int32_t> GetIntArray(const std::string& key) const override;
+  std::vector<float> GetFloatArray(const std::string& key) const override;
+  std::vector<std::string> GetStringArray(const std::string& key) const override;
+  const void* GetObject(const std::string& key) const override;
+  std::vector<std::vector<Config>> GetArrayObject(const std::string& key) const override;
+
+ private:
+  // Reads the whole file into `content`, which stays as it was when the file cannot be opened.
+  int32_t ReadFile(const std::string& path);
+
+  std::string content;  // the file, byte for byte
+  rapidjson::Document document;
+};

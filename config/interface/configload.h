@@ -1,0 +1,125 @@
+// Typed access to a configuration file: one file is read into memory and then answers look-ups by
+// key.
+//
+// Rules that all operations share:
+//  - A status is 0 for success or one of the statuses below.
+//  - A key is looked up to its first zero byte and compared byte for byte; of two members with one
+//    name the first wins. An empty key always fails.
+//  - An int is a number without fraction or exponent in 32-bit range; a float is one with fraction
+//    or exponent (or beyond 64-bit range) within +-3.4028234e38. Neither is read as the other.
+//  - A string ends at its first zero byte.
+//  - Object handles point to a value, of any kind, inside the loader. They are valid while the
+//    loader lives and until its next successful Initialize. The loader owns what they point to.
+//  - Failed getters on an object are logged, typed getters at the top level are not.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+constexpr int32_t kConfigOk = 0;
+constexpr int32_t kConfigError = 4;      // bad file type, text, key or value
+constexpr int32_t kConfigNotFound = 12;  // the file cannot be opened, or GetObject finds no key
+
+constexpr int32_t kConfigFileTypeJson = 0;
+
+struct ConfigLoadCreateData {
+  int32_t fileType;      // kConfigFileTypeJson; every other value is refused
+  std::string filePath;  // used as it is
+};
+
+enum class DataType : int32_t { kBool = 0, kInt = 1, kFloat = 2, kString = 3 };
+
+// A value and its type.
+struct Data {
+  Data(bool value) : boolValue(value), type(DataType::kBool) {}
+  Data(int32_t value) : intValue(value), type(DataType::kInt) {}
+  Data(float value) : floatValue(value), type(DataType::kFloat) {}
+  Data(std::string value) : stringValue(std::move(value)), intValue(0), type(DataType::kString) {}
+  // Without this one a text would become a bool.
+  Data(const char* value) : Data(std::string(value)) {}
+
+  std::string stringValue;  // empty unless `type` is kString
+  union {
+    bool boolValue;
+    int32_t intValue;
+    float floatValue;
+  };
+  DataType type;
+};
+
+// A named value.
+struct Config {
+  // `value` is of one of the four types, or a text that ends in a zero byte.
+  template <typename Value>
+  Config(std::string memberName, Value value)
+      : name(std::move(memberName)), data(std::move(value)) {}
+
+  std::string name;
+  Data data;
+};
+
+class ConfigLoad {
+ public:
+  virtual ~ConfigLoad() = default;
+
+  // Reads and parses a file. On failure the values read before stay readable. Returns
+  // kConfigNotFound when the file cannot be opened, kConfigError when it is of an unknown type or
+  // malformed.
+  virtual int32_t Initialize(ConfigLoadCreateData data) = 0;
+
+  // Top-level scalars. `value` is always written: what was found, or else `defaultValue`, with
+  // kConfigError.
+  virtual int32_t GetInt(const std::string& key, int32_t& value, int32_t defaultValue) const = 0;
+  virtual int32_t GetFloat(const std::string& key, float& value, float defaultValue) const = 0;
+  virtual int32_t GetString(const std::string& key, std::string& value,
+                            std::string defaultValue) const = 0;
+
+  // Top-level arrays. `values` is always written: all elements, in order, or nothing, with
+  // kConfigError, when there are none or one of them is of another type.
+  virtual int32_t GetIntArray(const std::string& key, std::vector<int32_t>& values) const = 0;
+  virtual int32_t GetFloatArray(const std::string& key, std::vector<float>& values) const = 0;
+  virtual int32_t GetStringArray(const std::string& key,
+                                 std::vector<std::string>& values) const = 0;
+
+  // A handle to a top-level value of any kind. Sets it to null and returns kConfigNotFound when
+  // there is none; leaves it as it is and returns kConfigError for an empty key. Logs both.
+  virtual int32_t GetObject(const std::string& key, const void** handle) const = 0;
+
+  // The same in the object that `object` designates. A null handle, or one to another kind of
+  // value, fails like a missing key.
+  virtual int32_t GetInt(const void* object, std::string key, int32_t& value,
+                         int32_t defaultValue) const = 0;
+  virtual int32_t GetFloat(const void* object, std::string key, float& value,
+                           float defaultValue) const = 0;
+  virtual int32_t GetString(const void* object, std::string key, std::string& value,
+                            std::string defaultValue) const = 0;
+  virtual int32_t GetIntArray(const void* object, std::string key,
+                              std::vector<int32_t>& values) const = 0;
+  virtual int32_t GetFloatArray(const void* object, std::string key,
+                                std::vector<float>& values) const = 0;
+  virtual int32_t GetStringArray(const void* object, std::string key,
+                                 std::vector<std::string>& values) const = 0;
+
+  // As the top-level GetObject, except that a missing key gives kConfigError.
+  virtual int32_t GetObject(const void* object, const std::string& key,
+                            const void** handle) const = 0;
+
+  // Top-level values for callers that are content with 0, an empty string, an empty vector or a
+  // null handle in place of a status.
+  virtual int32_t GetInt(const std::string& key) const = 0;
+  virtual float GetFloat(const std::string& key) const = 0;
+  virtual std::string GetString(const std::string& key) const = 0;
+  virtual std::vector<int32_t> GetIntArray(const std::string& key) const = 0;
+  virtual std::vector<float> GetFloatArray(const std::string& key) const = 0;
+  virtual std::vector<std::string> GetStringArray(const std::string& key) const = 0;
+  virtual const void* GetObject(const std::string& key) const = 0;
+
+  // A top-level array of objects, a table of rows. Each row holds the members of one object in
+  // document order: ints, floats and strings, and of an array member each bool, int, float and
+  // string under the member's name. Everything else, a row without any value included, is left
+  // out. Anything but an array gives no rows; a missing or empty key is logged as by GetObject.
+  virtual std::vector<std::vector<Config>> GetArrayObject(const std::string& key) const = 0;
+};

@@ -1,0 +1,17 @@
+// Makes configuration loaders.
+
+#pragma once
+
+#include <utility>
+
+#include "config/configloadjson.h"
+#include "config/interface/configload.h"
+#include "log/sarviksystemlog.h"
+
+// Returns a loader that has read `data.filePath`, or null, with a line in the log, when the file
+// type is unknown or the file cannot be opened or is malformed. The caller owns the loader.
+inline ConfigLoad* CreateObject(ConfigLoadCreateData data) {
+  if (data.fileType == kConfigFileTypeJson) return ConfigLoadJson::Create(std::move(data));
+  SARVIK_LOG_ERROR("Error fileType");
+  return nullptr;
+}

@@ -1,0 +1,21 @@
+// The part of Android's liblog that the program uses, on top of syslog(3).
+
+#pragma once
+
+enum android_LogPriority {
+  ANDROID_LOG_UNKNOWN = 0,
+  ANDROID_LOG_DEFAULT,
+  ANDROID_LOG_VERBOSE,
+  ANDROID_LOG_DEBUG,
+  ANDROID_LOG_INFO,
+  ANDROID_LOG_WARN,
+  ANDROID_LOG_ERROR,
+  ANDROID_LOG_FATAL,
+  ANDROID_LOG_SILENT,
+};
+
+// Hands one line to syslog with `tag` as its identity. Without a syslog service it is dropped.
+// Always returns 1.
+extern "C" __attribute__((format(printf, 3, 4))) int __android_log_print(int priority,
+                                                                         const char* tag,
+                                                                         const char* format, ...);

@@ -1,0 +1,257 @@
+// The configuration loader and the log that it writes to. The platform's log and properties are
+// those of this file.
+
+#include <android/log.h>
+#include <cutils/properties.h>
+#include <gtest/gtest.h>
+
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cases.h"
+#include "config/configloadjson.h"
+#include "config/interface/configload.h"
+#include "config/interface/configloadfactory.h"
+#include "log/sarviksystemlog.h"
+
+namespace {
+
+using std::string_literals::operator""s;
+
+std::string logged;  // without line numbers
+int32_t threshold = 4;
+
+std::string TakeLog() { return std::exchange(logged, ""); }
+
+}  // namespace
+
+int __android_log_print(int priority, const char* tag, const char* format, ...) {
+  EXPECT_EQ(priority, ANDROID_LOG_ERROR);
+  EXPECT_STREQ(tag, "[SARVIKSYS]");
+  EXPECT_STREQ(format, "%s");
+  va_list arguments;
+  va_start(arguments, format);
+  const char* line = va_arg(arguments, const char*);
+  logged += std::regex_replace(line, std::regex("^(config[a-z.]*):[0-9]+ "), "$1 ") + "\n";
+  va_end(arguments);
+  return 1;
+}
+
+int32_t property_get_int32(const char* key, int32_t defaultValue) {
+  EXPECT_STREQ(key, "persist.vendor.camera.sarviksystem.loglevel");
+  return defaultValue == 4 ? threshold : 7;
+}
+
+namespace {
+
+const std::string kNotCreated = "configloadjson.cpp Create() Failed to initialize ConfigLoadJson\n";
+const std::string kGetObject = "configloadjson.cpp GetObject() ";
+
+ConfigLoadCreateData Json(const std::string& text) {
+  const std::string path = testing::TempDir() + "qordex_config_test";
+  std::ofstream(path) << text;
+  return {kConfigFileTypeJson, path};
+}
+
+std::unique_ptr<ConfigLoad> Load(const std::string& text) {
+  const ConfigLoadCreateData data = Json(text);
+  std::unique_ptr<ConfigLoad> loader(CreateObject(data));
+  std::remove(data.filePath.c_str());
+  return loader;
+}
+
+template <typename T>
+std::string Show(const T& value) {
+  return (std::ostringstream() << value).str();
+}
+
+std::string Show(const Config& config) {
+  const Data& data = config.data;
+  EXPECT_TRUE(data.stringValue.empty() || data.type == DataType::kString);
+  const std::string shown[] = {data.boolValue ? "true" : "false", Show(data.intValue),
+                               Show(data.floatValue) + "f", "'" + data.stringValue + "'"};
+  return config.name + "=" + shown[static_cast<int32_t>(data.type)];
+}
+
+template <typename T>
+std::string Show(const std::vector<T>& values) {
+  std::string shown;
+  for (const T& value : values) shown += (shown.empty() ? "" : " ") + Show(value);
+  return shown;
+}
+
+// What the six typed getters find at the top level or, with a handle, in an object, where each
+// failure is logged. Values that they give in vain are those of a value-returning getter.
+template <typename... Handle>
+std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle... object) {
+  std::string found;
+  std::string log;
+  const auto add = [&](const std::string& getter, int32_t status, const auto& value,
+                       const auto& valueInVain) {
+    EXPECT_TRUE(status == 0 || (status == 4 && value == valueInVain)) << getter << " " << status;
+    if (status == 0) found += getter + " " + Show(value) + "\n";
+    const bool isLogged = status != 0 && sizeof...(object) > 0 && !key.empty();
+    if (isLogged) log += "configloadjson.cpp " + getter + "() Failed to get key: " + key + "\n";
+  };
+  int32_t i = 1;
+  float f = 1.0F;
+  std::string s = "before";
+  std::vector<int32_t> is = {1};
+  std::vector<float> fs = {1.0F};
+  std::vector<std::string> ss = {"before"};
+  add("GetInt", loader.GetInt(object..., key, i, -7), i, -7);
+  add("GetFloat", loader.GetFloat(object..., key, f, -7.5F), f, -7.5F);
+  add("GetString", loader.GetString(object..., key, s, "default"), s, "default");
+  add("GetIntArray", loader.GetIntArray(object..., key, is), is, std::vector<int32_t>());
+  add("GetFloatArray", loader.GetFloatArray(object..., key, fs), fs, std::vector<float>());
+  add("GetStringArray", loader.GetStringArray(object..., key, ss), ss, std::vector<std::string>());
+  EXPECT_EQ(TakeLog(), log);
+  return found;
+}
+
+TEST(ConfigLoad, ReadsEachKindOfValueOnlyWithTheGetterForIt) {
+  for (const Case& c : ReadCases("values.txt")) {
+    SCOPED_TRACE(c.input);
+    const std::string members = "\"k\": " + c.input + R"(, "k": 9, "": 9})";
+    const auto loader = Load(R"({"object": {)" + members + "," + members);
+    ASSERT_NE(loader, nullptr);
+    EXPECT_EQ(CallGetters(*loader, "k"), c.expected);
+    EXPECT_EQ(CallGetters(*loader, "k", loader->GetObject("object")), c.expected);
+
+    // The getters without a status, joined; what is not found reads as 0 or nothing.
+    const std::string found = c.expected.substr(c.expected.find(' ') + 1);
+    const bool isNumber = c.expected.find("GetInt ") == 0 || c.expected.find("GetFloat ") == 0;
+    std::string values = Show(loader->GetInt("k")) + Show(loader->GetFloat("k")) +
+                         loader->GetString("k") + Show(loader->GetIntArray("k")) +
+                         Show(loader->GetFloatArray("k")) + Show(loader->GetStringArray("k")) +
+                         "\n";
+    if (isNumber) values.erase(c.expected.find("GetInt ") == 0 ? values.size() - 2 : 0, 1);
+    EXPECT_EQ(values, isNumber ? found : c.expected.empty() ? "00\n" : "00" + found);
+    EXPECT_EQ(TakeLog(), "");
+  }
+}
+
+TEST(ConfigLoad, FailsForKeysAndHandlesThatLeadNowhere) {
+  const auto loader = Load(R"({"": 1, "name": 5, "object": {"": 1}})");
+  for (const char* key : {"", "Name", "nam", "names"}) {
+    EXPECT_EQ(CallGetters(*loader, key), "");
+    EXPECT_EQ(CallGetters(*Load("[1]"), key), "");
+    for (const void* object : {loader->GetObject("object"), loader->GetObject("name"),
+                               static_cast<const void*>(nullptr)}) {
+      EXPECT_EQ(CallGetters(*loader, key, object), "");
+    }
+  }
+  EXPECT_EQ(loader->GetInt("name\0x"s), 5) << "a key ends at its first zero byte";
+  EXPECT_EQ(loader->GetInt("\0x"s), 1) << "such a key is not empty";
+}
+
+TEST(ConfigLoad, HandsOutHandlesToValuesOfAnyKind) {
+  const auto loader = Load(R"({"n": 5, "o": {"x": {"y": 1}}})");
+  const void* const untouched = loader.get();
+  const void* handle = untouched;
+  EXPECT_EQ(loader->GetObject("", &handle), 4);
+  EXPECT_EQ(loader->GetObject(nullptr, "", &handle), 4);
+  EXPECT_EQ(handle, untouched);
+  EXPECT_EQ(TakeLog(), kGetObject + "key is empty\n" + kGetObject + "Failed to get key: \n");
+  EXPECT_EQ(loader->GetObject("m", &handle), 12);
+  EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(loader->GetObject("m"), nullptr);
+  EXPECT_EQ(TakeLog(), kGetObject + "key is not found: m\n" + kGetObject + "key is not found: m\n");
+  for (const void* object :
+       {static_cast<const void*>(nullptr), loader->GetObject("n"), loader->GetObject("o")}) {
+    handle = untouched;
+    EXPECT_EQ(loader->GetObject(object, "m", &handle), 4);
+    EXPECT_EQ(handle, nullptr);
+    EXPECT_EQ(TakeLog(), kGetObject + "Failed to get key: m\n");
+  }
+  EXPECT_EQ(loader->GetObject(loader->GetObject("o"), "x", &handle), 0);
+  EXPECT_EQ(CallGetters(*loader, "m", handle), "");
+  EXPECT_EQ(CallGetters(*loader, "y", handle), "GetInt 1\n");
+}
+
+TEST(ConfigLoad, ReadsArraysOfObjectsIntoRows) {
+  for (const Case& c : ReadCases("rows.txt")) {
+    std::string rows;
+    for (const auto& row : Load("{\"k\": " + c.input + "}")->GetArrayObject("k")) {
+      rows += Show(row) + "\n";
+    }
+    EXPECT_EQ(rows, c.expected) << c.input;
+  }
+  EXPECT_TRUE(Load("{}")->GetArrayObject("k").empty());
+  EXPECT_TRUE(Load("{}")->GetArrayObject("").empty());
+  EXPECT_EQ(TakeLog(), kGetObject + "key is not found: k\n" + kGetObject + "key is empty\n");
+  EXPECT_EQ(Show(Config("n", "text")) + Show(Config("n", 0)), "n='text'n=0");
+}
+
+TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
+  const std::string open(1000000, '[');
+  const std::string close(1000000, ']');
+  for (const std::string& text :
+       {"{}"s, " [1]\n\n"s, "7"s, "null\0x"s, "\"\xff\""s, open + close}) {
+    EXPECT_NE(Load(text), nullptr) << text.substr(0, 20);
+    EXPECT_EQ(TakeLog(), "");
+  }
+  for (const std::string& text :
+       {""s, " \n"s, "\xef\xbb\xbf{}"s, "{} {}"s, "[1,]"s, "{} //"s, "NaN"s, "\0{}"s, open}) {
+    EXPECT_EQ(Load(text), nullptr) << text.substr(0, 20);
+    EXPECT_EQ(TakeLog(), kNotCreated);
+  }
+  for (const char* unreadable : {"/nonexistent", "/", "", "/proc/self/mem"}) {
+    EXPECT_EQ(CreateObject({kConfigFileTypeJson, unreadable}), nullptr);
+    EXPECT_EQ(TakeLog(), kNotCreated);
+  }
+}
+
+TEST(ConfigLoad, KeepsItsValuesWhenItIsInitialisedAgainInVain) {
+  const auto loader = Load(R"({"k": 1})");
+  EXPECT_EQ(loader->Initialize({kConfigFileTypeJson, "/nonexistent"}), 12);
+  EXPECT_EQ(loader->Initialize({-1, Json("{}").filePath}), 4);
+  EXPECT_EQ(TakeLog(), "configloadjson.cpp Initialize() Error file type: -1\n");
+  EXPECT_EQ(loader->Initialize(Json("{")), 4);
+  EXPECT_EQ(loader->GetInt("k"), 1);
+  EXPECT_EQ(loader->Initialize(Json(R"({"k": 2})")), 0);
+  EXPECT_EQ(loader->GetInt("k"), 2);
+  EXPECT_EQ(TakeLog(), "");
+  EXPECT_EQ(CreateObject({1, "/"}), nullptr);
+  EXPECT_EQ(ConfigLoadJson::Create({1, "/"}), nullptr);
+  EXPECT_EQ(TakeLog(),
+            "configloadfactory.h CreateObject() Error fileType\n"
+            "configloadjson.cpp Initialize() Error file type: 1\n" +
+                kNotCreated);
+}
+
+TEST(Log, WritesBaseNameLineFunctionAndMessage) {
+  SARVIK_LOG_ERROR("100%s", "%d");
+  EXPECT_EQ(TakeLog(), "config_test.cpp:" + Show(__LINE__ - 1) + " TestBody() 100%d\n");
+  for (const char* file : {"/a/b/", "", "name", "/name"})
+    SarvikSystemLog(6, file, -1, "F", "%s", "");
+  EXPECT_EQ(TakeLog(), ":-1 F() \n:-1 F() \nname:-1 F() \nname:-1 F() \n");
+}
+
+TEST(Log, CutsLinesAt1023Bytes) {
+  for (const std::size_t length : {1015U, 1016U, 1017U, 1022U, 1023U, 1024U, 5000U}) {
+    const std::string text(length, 'x');
+    SarvikSystemLog(6, "f", 1, "F", "%s", text.c_str());
+    EXPECT_EQ(TakeLog(), ("f:1 F() " + text).substr(0, 1023) + "\n");
+    SarvikSystemLog(6, text.c_str(), 1, "F", "message");
+    EXPECT_EQ(TakeLog(), (text + ":1 F() message").substr(0, 1023) + "\n");
+  }
+}
+
+TEST(Log, KeepsTheThresholdOfItsFirstMessage) {
+  SarvikSystemLog(4, "f", 1, "F", "m");
+  SarvikSystemLog(3, "f", 1, "F", "below");
+  threshold = 7;
+  SARVIK_LOG_ERROR("written all the same");
+  EXPECT_EQ(TakeLog().find("f:1 F() m\nconfig_test.cpp:"), 0U);
+}
+
+}  // namespace
