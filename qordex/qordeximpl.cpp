@@ -1,0 +1,34 @@
+#include "qordex/qordeximpl.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+#include <utility>
+
+#include "config/interface/configload.h"
+#include "config/interface/configloadfactory.h"
+#include "qordex/catalogue.h"
+#include "qordex/qordex.h"
+
+QORDEX* QORDEX::Create(QORDEXCreateInputData data) {
+  QORDEX* client = new QORDEXImpl;
+  if (client->Initialize(std::move(data)) != kStatusOk) {
+    client->Destroy();
+    std::puts("Failed to initialize QORDEXImpl object");
+    return nullptr;
+  }
+  return client;
+}
+
+int QORDEXImpl::Initialize(QORDEXCreateInputData data) {
+  configLoad.reset(CreateObject({kConfigFileTypeJson, std::move(data.configPath)}));
+  cmdOptions = BuiltinCatalogue();
+  sockFd = -1;
+  QORDEX* self = this;
+  return self->SetupLink(std::move(data.socketPath));
+}
+
+void QORDEXImpl::Destroy() { delete this; }
+
+QORDEXImpl::~QORDEXImpl() { close(sockFd); }

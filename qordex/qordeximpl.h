@@ -1,0 +1,46 @@
+// The one implementation of the client. Its steps live in files of their own: catalogue.cpp,
+// argumentparser.cpp, sarvikmodule.cpp, serverlink.cpp and replyprinters.cpp.
+
+#pragma once
+
+#include <sys/un.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "config/interface/configload.h"
+#include "qordex/catalogue.h"
+#include "qordex/qordex.h"
+#include "qordex/qordexmessagestring.h"
+
+class QORDEXImpl : public QORDEX {
+ public:
+  QORDEXImpl() = default;
+  ~QORDEXImpl() override;
+  QORDEXImpl(const QORDEXImpl&) = delete;
+  QORDEXImpl& operator=(const QORDEXImpl&) = delete;
+
+  void Destroy() override;
+  int ParseArguments(int argc, char** argv, QORDEXMessageString& record) override;
+  int SetupLink(std::string path) override;
+  int SendRequest(QORDEXMessageString* record) override;
+  int Initialize(QORDEXCreateInputData data) override;
+
+  // Decodes a reply record, whatever it holds, and prints it. Returns the status of SendRequest.
+  static int PrintReply(const QORDEXMessageString& reply);
+
+  // Print one block of a reply: as a titled text box, whose lines are cut at newlines, or as a
+  // table, whose header and rows are the title and the lines cut at commas. Without a title or
+  // without lines nothing is printed, nor is a table whose first row has another number of cells
+  // than its header. Texts hold no zero byte. The result is always 0.
+  static int PrintString(const std::string& title, const std::vector<std::string>& lines);
+  static int PrintList(const std::string& title, const std::vector<std::string>& lines);
+
+ private:
+  Catalogue cmdOptions;
+  std::unique_ptr<ConfigLoad> configLoad;  // null without a usable configuration
+  int32_t sockFd = -1;
+  sockaddr_un serverAddr = {};
+};
