@@ -1,0 +1,258 @@
+// A stand-in for the camera service. It listens on the client's socket, logs each request in one
+// line on standard error and answers it with a reply from a file in protocol-buffer text format,
+// which is read at each request. What it cannot answer it says in a plain reply, and goes on.
+
+#include <fcntl.h>
+#include <getopt.h>
+#include <google/protobuf/io/tokenizer.h>
+#include <google/protobuf/io/zero_copy_stream_impl.h>
+#include <google/protobuf/text_format.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+#include <string>
+
+#include "qordex/qordexmessage.pb.h"
+#include "qordex/qordexmessagestring.h"
+
+namespace {
+
+// What goes wrong with every answer.
+enum class Fault { kNone, kShort, kSilent, kGarbage, kLength, kUnread };
+
+struct FaultName {
+  Fault fault;
+  const char* name;
+};
+
+constexpr FaultName kFaultNames[] = {{Fault::kShort, "short"},
+                                     {Fault::kSilent, "silent"},
+                                     {Fault::kGarbage, "garbage"},
+                                     {Fault::kLength, "length"},
+                                     {Fault::kUnread, "unread"}};
+
+struct Options {
+  std::string repliesFolder = "demo/replies";
+  Fault fault = Fault::kNone;
+};
+
+constexpr char kUsage[] =
+    "usage: qordex-demo-service [--replies DIR] [--fault FAULT]\n"
+    "\n"
+    "Answers qordex in place of the camera service until it is interrupted.\n"
+    "\n"
+    "  --replies DIR  take the reply to a command from DIR/COMMAND.textproto, a QORDEXMessage\n"
+    "                 in protocol-buffer text format (default: demo/replies)\n"
+    "  --fault FAULT  spoil every answer:\n"
+    "                 short    send the first 100 bytes of the record only\n"
+    "                 silent   close the link in place of a reply\n"
+    "                 garbage  send a record that holds no message\n"
+    "                 length   send a record whose length is out of range\n"
+    "                 unread   close the link before the request is read\n"
+    "  --help         print this text\n";
+
+// A client that stops in the middle of a record holds the service up for no longer than this.
+constexpr timeval kClientTimeout = {2, 0};
+
+QORDEXMessage PlainReply(const std::string& line) {
+  QORDEXMessage reply;
+  QORDEXMessage::QDXCmd* cmd = reply.add_cmds();
+  cmd->set_options("demo service");
+  cmd->add_arguments(line);
+  return reply;
+}
+
+// Keeps the first error of a text in protocol-buffer text format.
+class FirstError : public google::protobuf::io::ErrorCollector {
+ public:
+  void AddError(int line, int column, const std::string& message) override {
+    if (!text.empty()) return;
+    text = std::to_string(line + 1) + ":" + std::to_string(column + 1) + ": " + message;
+  }
+
+  std::string text;
+};
+
+bool IsCommandName(const std::string& name) {
+  const auto isLetter = [](char byte) {
+    return ('a' <= byte && byte <= 'z') || ('A' <= byte && byte <= 'Z');
+  };
+  return !name.empty() && std::all_of(name.begin(), name.end(), isLetter);
+}
+
+QORDEXMessage ReadReply(const std::string& folder, const std::string& command) {
+  // Other names could lead out of the folder.
+  if (!IsCommandName(command)) return PlainReply("No reply for command \"" + command + "\"");
+
+  const std::string path = folder + "/" + command + ".textproto";
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return PlainReply("No reply: " + path + ": " + std::strerror(errno));
+  google::protobuf::io::FileInputStream file(fd);
+  file.SetCloseOnDelete(true);
+
+  QORDEXMessage reply;
+  FirstError error;
+  google::protobuf::TextFormat::Parser parser;
+  parser.RecordErrorsTo(&error);
+  if (!parser.Parse(&file, &reply)) return PlainReply("Broken reply: " + path + ":" + error.text);
+  if (reply.ByteSizeLong() > sizeof(QORDEXMessageString::data)) {
+    return PlainReply("Broken reply: " + path + ": longer than a record holds");
+  }
+  return reply;
+}
+
+// Returns the bytes received: fewer than a record when the client stops before its end.
+std::size_t ReceiveRecord(int connection, QORDEXMessageString& record) {
+  char* const bytes = reinterpret_cast<char*>(&record);
+  std::size_t received = 0;
+  while (received < sizeof(record)) {
+    const ssize_t count = recv(connection, bytes + received, sizeof(record) - received, 0);
+    if (count <= 0) break;
+    received += static_cast<std::size_t>(count);
+  }
+  return received;
+}
+
+// The request in `record`, of which `received` bytes have come; empty, with the reason in `error`,
+// when it is malformed.
+QORDEXMessage DecodeRequest(const QORDEXMessageString& record, std::size_t received,
+                            std::string& error) {
+  QORDEXMessage request;
+  if (received < sizeof(record)) {
+    error = std::to_string(received) + " bytes of a record of " + std::to_string(sizeof(record));
+  } else if (record.length < 0 || record.length > static_cast<int32_t>(sizeof(record.data))) {
+    error = "length " + std::to_string(record.length);
+  } else if (!request.ParseFromArray(record.data, record.length)) {
+    error = "not a message";
+  } else if (request.cmds().empty()) {
+    error = "no command";
+  }
+  return request;
+}
+
+void SendReply(int connection, const QORDEXMessage& reply, Fault fault) {
+  QORDEXMessageString record = {};
+  record.length = static_cast<int32_t>(reply.ByteSizeLong());
+  reply.SerializeToArray(record.data, sizeof(record.data));
+  if (fault == Fault::kGarbage) std::fill_n(record.data, record.length, '\xff');
+  if (fault == Fault::kLength) record.length = sizeof(record.data) + 1;
+  // A client that has gone is none of the service's business.
+  send(connection, &record, fault == Fault::kShort ? 100 : sizeof(record), 0);
+}
+
+void Serve(int connection, const Options& options) {
+  setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &kClientTimeout, sizeof(kClientTimeout));
+  setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &kClientTimeout, sizeof(kClientTimeout));
+  QORDEXMessageString record = {};
+  if (options.fault == Fault::kUnread) {
+    recv(connection, &record, sizeof(record), MSG_PEEK);
+    return;
+  }
+  const std::size_t received = ReceiveRecord(connection, record);
+  if (received == 0) return;  // a client that found nothing to ask
+
+  std::string error;
+  const QORDEXMessage request = DecodeRequest(record, received, error);
+  QORDEXMessage reply;
+  if (error.empty()) {
+    std::fprintf(stderr, "request: %s\n", request.ShortDebugString().c_str());
+    reply = ReadReply(options.repliesFolder, request.cmds(0).options());
+  } else {
+    std::fprintf(stderr, "malformed request: %s\n", error.c_str());
+    reply = PlainReply("Malformed request: " + error);
+  }
+  if (options.fault != Fault::kSilent) SendReply(connection, reply, options.fault);
+}
+
+void RemoveSocketAndExit(int /*signal*/) {
+  unlink(kQORDEXSocketPath);
+  _exit(EXIT_SUCCESS);
+}
+
+// A socket at which nobody listens any more is a leftover; anything else is not ours to remove.
+void RemoveStaleSocket(const sockaddr_un& address) {
+  struct stat attributes = {};
+  if (lstat(address.sun_path, &attributes) != 0 || !S_ISSOCK(attributes.st_mode)) return;
+  const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+    unlink(address.sun_path);
+  }
+  close(probe);
+}
+
+// Returns the listening socket, or -1 with errno set.
+int Listen() {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  std::copy(std::begin(kQORDEXSocketPath), std::end(kQORDEXSocketPath), address.sun_path);
+  RemoveStaleSocket(address);
+  const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (listener < 0 ||
+      bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+    return -1;
+  }
+  std::signal(SIGINT, RemoveSocketAndExit);
+  std::signal(SIGTERM, RemoveSocketAndExit);
+  return listen(listener, SOMAXCONN) == 0 ? listener : -1;
+}
+
+// Ends the program when the command line is wrong or asks for help.
+Options ReadOptions(int argc, char** argv) {
+  constexpr option kLongOptions[] = {{"replies", required_argument, nullptr, 'r'},
+                                     {"fault", required_argument, nullptr, 'f'},
+                                     {"help", no_argument, nullptr, 'h'},
+                                     {nullptr, 0, nullptr, 0}};
+  const auto fail = [] {
+    std::fputs(kUsage, stderr);
+    std::exit(EXIT_FAILURE);
+  };
+  Options options;
+  for (int given; (given = getopt_long(argc, argv, "", kLongOptions, nullptr)) != -1;) {
+    if (given == 'h') {
+      std::fputs(kUsage, stdout);
+      std::exit(EXIT_SUCCESS);
+    } else if (given == 'r') {
+      options.repliesFolder = optarg;
+    } else if (given == 'f') {
+      const auto* const found =
+          std::find_if(std::begin(kFaultNames), std::end(kFaultNames),
+                       [](const FaultName& fault) { return std::strcmp(fault.name, optarg) == 0; });
+      if (found == std::end(kFaultNames)) fail();
+      options.fault = found->fault;
+    } else {
+      fail();
+    }
+  }
+  if (optind != argc) fail();
+  return options;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const Options options = ReadOptions(argc, argv);
+  std::signal(SIGPIPE, SIG_IGN);
+  const int listener = Listen();
+  if (listener < 0) {
+    std::perror(kQORDEXSocketPath);
+    return EXIT_FAILURE;
+  }
+  while (true) {
+    const int connection = accept(listener, nullptr, nullptr);
+    if (connection < 0) continue;
+    Serve(connection, options);
+    close(connection);
+  }
+}
