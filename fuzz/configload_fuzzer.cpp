@@ -1,0 +1,51 @@
+// A configuration of any text through parsing and every getter.
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "config/interface/configload.h"
+#include "config/interface/configloadfactory.h"
+
+namespace {
+
+template <typename... Handle>
+void CallTypedGetters(const ConfigLoad& loader, const std::string& key, Handle... object) {
+  int32_t number = 0;
+  float real = 0;
+  std::string text;
+  std::vector<int32_t> numbers;
+  std::vector<float> reals;
+  std::vector<std::string> texts;
+  loader.GetInt(object..., key, number, 0);
+  loader.GetFloat(object..., key, real, 0);
+  loader.GetString(object..., key, text, "");
+  loader.GetIntArray(object..., key, numbers);
+  loader.GetFloatArray(object..., key, reals);
+  loader.GetStringArray(object..., key, texts);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* input, size_t size) {
+  static const int file = memfd_create("configuration", 0);
+  static const std::string path = "/proc/self/fd/" + std::to_string(file);
+  if (ftruncate(file, 0) != 0 || pwrite(file, input, size, 0) < 0) std::abort();
+  const std::unique_ptr<ConfigLoad> loader(CreateObject({kConfigFileTypeJson, path}));
+  if (loader == nullptr) return 0;
+  // Keys of the seeds, and one that the input chooses.
+  for (const std::string& key : {std::string("k"), std::string(), std::string(input, input + 1)}) {
+    CallTypedGetters(*loader, key);
+    loader->GetArrayObject(key);
+    const void* object = loader->GetObject(key);
+    CallTypedGetters(*loader, key, object);
+    loader->GetObject(object, key, &object);
+  }
+  return 0;
+}

@@ -1,0 +1,30 @@
+// A reply record of any bytes through decoding and printing.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "qordex/qordex.h"
+#include "qordex/qordeximpl.h"
+#include "qordex/qordexmessagestring.h"
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+  return std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : 0;
+}
+
+// After a first byte the input is the data of the record. Its length is that of the data or, when
+// the first byte is "!", the first four bytes of it.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* input, size_t size) {
+  if (size == 0) return 0;
+  QORDEXMessageString reply = {};
+  const std::size_t count = std::min(size - 1, sizeof(reply.data));
+  std::memcpy(reply.data, input + 1, count);
+  reply.length = static_cast<int32_t>(count);
+  if (input[0] == '!') std::memcpy(&reply.length, reply.data, sizeof(reply.length));
+  const int status = QORDEXImpl::PrintReply(reply);
+  if (status != kStatusOk && status != kStatusLinkFailed) std::abort();
+  return 0;
+}
