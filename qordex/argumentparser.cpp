@@ -21,9 +21,19 @@ constexpr std::ptrdiff_t kShortestMatch = 3;
 
 bool IsLetter(char byte) { return ('a' <= byte && byte <= 'z') || ('A' <= byte && byte <= 'Z'); }
 
+// Traits of a language without character classes and collation. The expression has none of either,
+// and libstdc++ asks for both at every byte that its bracket could match, when it compiles it.
+struct PlainTraits : std::regex_traits<char> {
+  template <typename Iterator>
+  std::string transform_primary(Iterator /*first*/, Iterator /*last*/) const {
+    return {};
+  }
+  bool isctype(char /*byte*/, char_class_type /*characterClass*/) const { return false; }
+};
+
 // The letters after the leftmost two hyphens that a letter follows; empty when there are none.
 std::string FindCommandName(const std::string& word) {
-  const std::regex commandName("--([a-zA-Z]+)");
+  const std::basic_regex<char, PlainTraits> commandName("--([a-zA-Z]+)");
   std::smatch match;
   for (auto start = word.cbegin();;) {
     const auto end = start + std::min(kWindowSize, word.cend() - start);

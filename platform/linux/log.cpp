@@ -1,5 +1,6 @@
 #include <android/log.h>
 #include <syslog.h>
+#include <unistd.h>
 
 #include <cstdarg>
 
@@ -24,6 +25,9 @@ int SyslogPriority(int priority) {
 }  // namespace
 
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
+  // Without a service the line would be dropped in the end, after much ado about the time zone.
+  if (access(_PATH_LOG, F_OK) != 0) return 1;
+
   // syslog keeps the pointer to the identity, which is the caller's, until the log is closed.
   openlog(tag, 0, LOG_USER);
   va_list arguments;
