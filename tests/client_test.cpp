@@ -24,6 +24,7 @@
 #include "qordex/qordeximpl.h"
 #include "qordex/qordexmessage.pb.h"
 #include "qordex/qordexmessagestring.h"
+#include "qordex/sarvikmodule.h"
 
 namespace {
 
@@ -267,6 +268,14 @@ TEST(Catalogue, HoldsACopyOfEachCommandUnderEachOfItsNames) {
   EXPECT_EQ(CatalogueKey(std::string(600, 'm'), ""), "moduleName: " + std::string(499, 'm'));
   RegisterCommand(CmdOption(), catalogue);
   EXPECT_EQ(catalogue.size(), 6U) << "an entry without a module is left out";
+}
+
+TEST(SarvikModule, ClearsTheReservedWord) {
+  CmdOption option;
+  QORDEXMessageString record = {};
+  record.reserved = 7;
+  EXPECT_EQ(SarvikModuleArgParser(&option, record), kStatusOk);
+  EXPECT_EQ(record.reserved, 0);
 }
 
 TEST(ArgumentParser, ReadsWordsThatAreNotThereAsEmpty) {
