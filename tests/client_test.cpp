@@ -206,7 +206,9 @@ TEST(Client, ReportsASendToALinkThatIsBrokenAlready) {
 
 TEST(Client, ReportsASocketThatCannotBeCreated) {
   // Sanitizers need descriptors to look at an object of a kind that they have not seen before.
+  const int before = dup(STDIN_FILENO);
   EXPECT_EQ(QORDEX::Create({"/nonexistent", kConfigPath}), nullptr);
+  EXPECT_EQ(dup(STDIN_FILENO), before + 1) << "the socket is left open";
   rlimit limit = {};
   getrlimit(RLIMIT_NOFILE, &limit);
   const rlimit none = {0, limit.rlim_max};
