@@ -11,8 +11,8 @@
 #include <fstream>
 #include <memory>
 #include <regex>
-#include <sstream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -25,6 +25,7 @@
 namespace {
 
 using std::string_literals::operator""s;
+using Keys = std::vector<std::string>;
 
 std::string logged;  // without line numbers
 int32_t threshold = 4;
@@ -68,24 +69,14 @@ std::unique_ptr<ConfigLoad> Load(const std::string& text) {
   return loader;
 }
 
-template <typename T>
-std::string Show(const T& value) {
-  return (std::ostringstream() << value).str();
-}
+using testing::PrintToString;
 
-std::string Show(const Config& config) {
+std::string PrintToString(const Config& config) {
   const Data& data = config.data;
   EXPECT_TRUE(data.stringValue.empty() || data.type == DataType::kString);
-  const std::string shown[] = {data.boolValue ? "true" : "false", Show(data.intValue),
-                               Show(data.floatValue) + "f", "'" + data.stringValue + "'"};
+  const std::string shown[] = {data.boolValue ? "true" : "false", std::to_string(data.intValue),
+                               PrintToString(data.floatValue) + "f", "'" + data.stringValue + "'"};
   return config.name + "=" + shown[static_cast<int32_t>(data.type)];
-}
-
-template <typename T>
-std::string Show(const std::vector<T>& values) {
-  std::string shown;
-  for (const T& value : values) shown += (shown.empty() ? "" : " ") + Show(value);
-  return shown;
 }
 
 // What the six typed getters find at the top level or, with a handle, in an object, where each
@@ -97,7 +88,7 @@ std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle
   const auto add = [&](const std::string& getter, int32_t status, const auto& value,
                        const auto& valueInVain) {
     EXPECT_TRUE(status == 0 || (status == 4 && value == valueInVain)) << getter << " " << status;
-    if (status == 0) found += getter + " " + Show(value) + "\n";
+    if (status == 0) found += getter + " " + PrintToString(value) + "\n";
     const bool isLogged = status != 0 && sizeof...(object) > 0 && !key.empty();
     if (isLogged) log += "configloadjson.cpp " + getter + "() Failed to get key: " + key + "\n";
   };
@@ -130,13 +121,13 @@ TEST(ConfigLoad, ReadsEachKindOfValueOnlyWithTheGetterForIt) {
 
 TEST(ConfigLoad, GivesZeroOrNothingInPlaceOfAStatus) {
   const auto loader = Load(R"({"i": 5, "f": 2.5, "s": "x", "I": [1], "F": [1.5], "S": ["y"]})");
-  const auto get = [&](const std::string& keys) {
-    return Show(loader->GetInt(keys.substr(0, 1))) + Show(loader->GetFloat(keys.substr(1, 1))) +
-           loader->GetString(keys.substr(2, 1)) + Show(loader->GetIntArray(keys.substr(3, 1))) +
-           Show(loader->GetFloatArray(keys.substr(4, 1))) +
-           Show(loader->GetStringArray(keys.substr(5)));
+  const auto get = [&](const Keys& k) {
+    return PrintToString(std::make_tuple(
+        loader->GetInt(k[0]), loader->GetFloat(k[1]), loader->GetString(k[2]),
+        loader->GetIntArray(k[3]), loader->GetFloatArray(k[4]), loader->GetStringArray(k[5])));
   };
-  EXPECT_EQ(get("ifsIFS") + " " + get("fsIFSi"), "52.5x11.5y 00");
+  EXPECT_EQ(get({"i", "f", "s", "I", "F", "S"}), R"((5, 2.5, "x", { 1 }, { 1.5 }, { "y" }))");
+  EXPECT_EQ(get({"f", "i", "I", "i", "i", "i"}), R"((0, 0, "", {}, {}, {}))");
   EXPECT_EQ(TakeLog(), "");
 }
 
@@ -182,14 +173,15 @@ TEST(ConfigLoad, ReadsArraysOfObjectsIntoRows) {
   for (const Case& c : ReadCases("rows.txt")) {
     std::string rows;
     for (const auto& row : Load("{\"k\": " + c.input + "}")->GetArrayObject("k")) {
-      rows += Show(row) + "\n";
+      for (const Config& config : row) rows += PrintToString(config) + " ";
+      rows.back() = '\n';
     }
     EXPECT_EQ(rows, c.expected) << c.input;
   }
   EXPECT_TRUE(Load("{}")->GetArrayObject("k").empty());
   EXPECT_TRUE(Load("{}")->GetArrayObject("").empty());
   EXPECT_EQ(TakeLog(), kGetObject + "key is not found: k\n" + kGetObject + "key is empty\n");
-  EXPECT_EQ(Show(Config("n", "text")) + Show(Config("n", 0)), "n='text'n=0");
+  EXPECT_EQ(PrintToString(Config("n", "text")) + PrintToString(Config("n", 0)), "n='text'n=0");
 }
 
 TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
@@ -231,7 +223,7 @@ TEST(ConfigLoad, KeepsItsValuesWhenItIsInitialisedAgainInVain) {
 
 TEST(Log, WritesBaseNameLineFunctionAndMessage) {
   SARVIK_LOG_ERROR("100%s", "%d");
-  EXPECT_EQ(TakeLog(), "config_test.cpp:" + Show(__LINE__ - 1) + " TestBody() 100%d\n");
+  EXPECT_EQ(TakeLog(), "config_test.cpp:" + std::to_string(__LINE__ - 1) + " TestBody() 100%d\n");
   for (const char* file : {"/a/b/", "", "name", "/name"})
     SarvikSystemLog(6, file, -1, "F", "%s", "");
   EXPECT_EQ(TakeLog(), ":-1 F() \n:-1 F() \nname:-1 F() \nname:-1 F() \n");
