@@ -25,10 +25,10 @@ bool IsLetter(char byte) { return ('a' <= byte && byte <= 'z') || ('A' <= byte &
 // and libstdc++ asks for both at every byte that its bracket could match, when it compiles it.
 struct PlainTraits : std::regex_traits<char> {
   template <typename Iterator>
-  std::string transform_primary(Iterator /*first*/, Iterator /*last*/) const {
+  static std::string transform_primary(Iterator /*first*/, Iterator /*last*/) {
     return {};
   }
-  bool isctype(char /*byte*/, char_class_type /*characterClass*/) const { return false; }
+  static bool isctype(char /*byte*/, char_class_type /*characterClass*/) { return false; }
 };
 
 // The letters after the leftmost two hyphens that a letter follows; empty when there are none.

@@ -53,7 +53,7 @@ std::FILE* Start(const Words& command) {
   }
   words.close();
   const std::string shell =
-      "bash -c 'mapfile -d \"\" -t words <"s + kWords + "; exec timeout 20 \"${words[@]}\"' 2>&1";
+      R"(bash -c 'mapfile -d "" -t words <)"s + kWords + R"(; exec timeout 20 "${words[@]}"' 2>&1)";
   return popen(shell.c_str(), "r");  // NOLINT(cert-env33-c)
 }
 
