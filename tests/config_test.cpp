@@ -74,7 +74,8 @@ using testing::PrintToString;
 std::string PrintToString(const Config& config) {
   const Data& data = config.data;
   EXPECT_TRUE(data.stringValue.empty() || data.type == DataType::kString);
-  const std::string shown[] = {data.boolValue ? "true" : "false", std::to_string(data.intValue),
+  const bool isTrue = data.type == DataType::kBool && data.boolValue;
+  const std::string shown[] = {isTrue ? "true" : "false", std::to_string(data.intValue),
                                PrintToString(data.floatValue) + "f", "'" + data.stringValue + "'"};
   return config.name + "=" + shown[static_cast<int32_t>(data.type)];
 }
