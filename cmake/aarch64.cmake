@@ -1,0 +1,8 @@
+# Cross-building for AArch64 Linux against Debian's multi-arch packages. What is built runs under
+# the emulator, which finds the shared libraries where those packages put them.
+
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64)
+set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)
