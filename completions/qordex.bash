@@ -1,0 +1,11 @@
+# Completion of qordex for bash: the modules, and the commands of the module with their short names.
+
+_qordex() {
+  local words=
+  case $COMP_CWORD:${COMP_WORDS[1]} in
+    1:*) words="sarvik -help --help" ;;
+    2:sarvik) words="--help --h --inject --i --signal --s" ;;
+  esac
+  mapfile -t COMPREPLY < <(compgen -W "$words" -- "${COMP_WORDS[COMP_CWORD]}")
+}
+complete -F _qordex qordex
