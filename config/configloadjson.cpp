@@ -120,7 +120,7 @@ std::vector<Config> ReadRow(const Value& object) {
 
 ConfigLoadJson* ConfigLoadJson::Create(ConfigLoadCreateData data) {
   auto loader = std::make_unique<ConfigLoadJson>();
-  if (loader->ConfigLoadJson::Initialize(std::move(data)) != kConfigOk) {
+  if (loader->Initialize(std::move(data)) != kConfigOk) {
     SARVIK_LOG_ERROR("Failed to initialize ConfigLoadJson");
     return nullptr;
   }
@@ -132,14 +132,22 @@ int32_t ConfigLoadJson::Initialize(ConfigLoadCreateData data) {
     SARVIK_LOG_ERROR("Error file type: %d", data.fileType);
     return kConfigError;
   }
-  const int32_t status = ReadFile(data.filePath);
-  if (status != kConfigOk) return status;
+  try {
+    const int32_t status = ReadFile(data.filePath);
+    return status == kConfigOk ? Parse() : status;
+  } catch (const std::bad_alloc&) {
+    return kConfigError;
+  } catch (const std::length_error&) {
+    return kConfigError;
+  }
+}
 
+int32_t ConfigLoadJson::Parse() {
   // This flag accepts the same texts as no flag at all, with the same values. Without it the parser
   // recurses once a nesting level, and a deep enough text overflows the stack.
   constexpr unsigned kFlags = rapidjson::kParseIterativeFlag;
-  if (MayHoldTinyExponent(content)) {
-    document.Parse<kFlags>(WithoutTinyExponents(content).c_str());
+  if (MayHoldExtremeExponent(content)) {
+    document.Parse<kFlags>(WithoutExtremeExponents(content).c_str());
   } else {
     document.Parse<kFlags>(content.c_str());
   }
@@ -153,24 +161,19 @@ int32_t ConfigLoadJson::ReadFile(const std::string& path) {
 
   struct stat attributes = {};
   fstat(fileno(file.get()), &attributes);
-  try {
-    std::string text;
-    std::size_t used = 0;
-    // One byte more than the file has, so that the read that finds its end needs no larger buffer.
-    // The size is a guess: a file may grow or shrink meanwhile, and a pipe has none.
-    text.resize(static_cast<std::size_t>(attributes.st_size) + 1);
-    while (const std::size_t count =
-               std::fread(text.data() + used, 1, text.size() - used, file.get())) {
-      used += count;
-      if (used == text.size()) text.resize(2 * text.size());
-    }
-    text.resize(used);
-    content = std::move(text);
-  } catch (const std::bad_alloc&) {
-    return kConfigError;
-  } catch (const std::length_error&) {
-    return kConfigError;
+  std::string text;
+  std::size_t used = 0;
+  // One byte more than the file has, so that the read that finds its end needs no larger buffer.
+  // The size is a guess: a file may grow or shrink meanwhile, and a pipe has none.
+  text.resize(static_cast<std::size_t>(attributes.st_size) + 1);
+  while (const std::size_t count =
+             std::fread(text.data() + used, 1, text.size() - used, file.get())) {
+    used += count;
+    if (used == text.size()) text.resize(2 * text.size());
   }
+  if (std::ferror(file.get()) != 0) return kConfigError;
+  text.resize(used);
+  content = std::move(text);
   return kConfigOk;
 }
 
@@ -212,6 +215,8 @@ int32_t ConfigLoadJson::GetObject(const std::string& key, const void** handle) c
   }
   return kConfigOk;
 }
+
+// Each getter in an object logs for itself, because a line names the function that it stands in.
 
 int32_t ConfigLoadJson::GetInt(const void* object, std::string key, int32_t& value,
                                int32_t defaultValue) const {

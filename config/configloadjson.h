@@ -50,8 +50,12 @@ class ConfigLoadJson : public ConfigLoad {
   std::vector<std::vector<Config>> GetArrayObject(const std::string& key) const override;
 
  private:
-  // Reads the whole file into `content`, which stays as it was when the file cannot be opened.
+  // Reads the whole file into `content`. Returns kConfigNotFound when it cannot be opened and
+  // kConfigError when it cannot be read; `content` stays as it was then.
   int32_t ReadFile(const std::string& path);
+
+  // Parses `content` into `document`, which stays as it was when that is malformed.
+  int32_t Parse();
 
   std::string content;  // the file, byte for byte
   rapidjson::Document document;

@@ -1,15 +1,16 @@
-// Exponents of JSON numbers that are too small for RapidJSON's parser.
+// Exponents of JSON numbers that RapidJSON's parser cannot add up.
 //
-// The parser adds an exponent to the count of decimals before it as ints. For an exponent like that
-// of 0.00000000001e-2147483639 the sum overflows, and the parser reads outside its table of powers.
+// It keeps an exponent and the count of decimals before it as ints. With an exponent like that of
+// 0.00000000001e-2147483639 their sum overflows, and the parser reads outside its table of powers.
 
 #pragma once
 
 #include <string>
 
-// Whether `text` may hold such an exponent: an "e-" with nine digits or more after it.
-bool MayHoldTinyExponent(const std::string& text);
+// Whether `text` may hold such an exponent: an "e" with nine digits or more after its sign.
+bool MayHoldExtremeExponent(const std::string& text);
 
-// Returns JSON text of the same values without such exponents: numbers that have one are 0 to the
-// parser, and stay so with -99999999 in its place.
-std::string WithoutTinyExponents(std::string text);
+// Returns JSON text that has the same values and is refused or not as `text` is, without such
+// exponents. A number that has one is 0 or too big to the parser, and stays so with one of fewer
+// digits in its place.
+std::string WithoutExtremeExponents(std::string text);

@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -39,8 +40,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* input, size_t size) {
   if (ftruncate(file, 0) != 0 || pwrite(file, input, size, 0) < 0) std::abort();
   const std::unique_ptr<ConfigLoad> loader(CreateObject({kConfigFileTypeJson, path}));
   if (loader == nullptr) return 0;
-  // Keys of the seeds, and one that the input chooses.
-  for (const std::string& key : {std::string("k"), std::string(), std::string(input, input + 1)}) {
+  // Keys of the seeds, and what the input holds after the zero byte that ends its text.
+  const std::string all(input, input + size);
+  const std::string chosen = all.substr(std::min(all.find('\0'), size - 1) + 1);
+  for (const std::string& key : {std::string("k"), std::string(), chosen}) {
     CallTypedGetters(*loader, key);
     loader->GetArrayObject(key);
     const void* object = loader->GetObject(key);

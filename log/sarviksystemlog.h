@@ -4,7 +4,8 @@
 //
 // Nothing of them reaches standard output or standard error. A message is written when the
 // threshold, the system property "persist.vendor.camera.sarviksystem.loglevel", is not above its
-// level. The property is read once, at the first message.
+// level, and always with error priority. The property is read once, at the first message; 4 stands
+// in for one that is not set or no integer.
 
 #pragma once
 

@@ -4,11 +4,12 @@
 #include <android/log.h>
 #include <cutils/properties.h>
 #include <gtest/gtest.h>
+#include <rapidjson/document.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <cstdarg>
 #include <cstdint>
-#include <cstdio>
-#include <fstream>
 #include <memory>
 #include <regex>
 #include <string>
@@ -56,17 +57,21 @@ namespace {
 const std::string kNotCreated = "configloadjson.cpp Create() Failed to initialize ConfigLoadJson\n";
 const std::string kGetObject = "configloadjson.cpp GetObject() ";
 
-ConfigLoadCreateData Json(const std::string& text) {
-  const std::string path = testing::TempDir() + "qordex_config_test";
-  std::ofstream(path) << text;
-  return {kConfigFileTypeJson, path};
-}
+// A configuration with the given text, as long as it lives: a file that stands nowhere else.
+struct MemoryFile {
+  explicit MemoryFile(const std::string& text) : fd(memfd_create("configuration", 0)) {
+    EXPECT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  }
+  ~MemoryFile() { close(fd); }
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+
+  const int fd;
+  const ConfigLoadCreateData json = {kConfigFileTypeJson, "/proc/self/fd/" + std::to_string(fd)};
+};
 
 std::unique_ptr<ConfigLoad> Load(const std::string& text) {
-  const ConfigLoadCreateData data = Json(text);
-  std::unique_ptr<ConfigLoad> loader(CreateObject(data));
-  std::remove(data.filePath.c_str());
-  return loader;
+  return std::unique_ptr<ConfigLoad>(CreateObject(MemoryFile(text).json));
 }
 
 using testing::PrintToString;
@@ -74,10 +79,16 @@ using testing::PrintToString;
 std::string PrintToString(const Config& config) {
   const Data& data = config.data;
   EXPECT_TRUE(data.stringValue.empty() || data.type == DataType::kString);
-  const bool isTrue = data.type == DataType::kBool && data.boolValue;
-  const std::string shown[] = {isTrue ? "true" : "false", std::to_string(data.intValue),
-                               PrintToString(data.floatValue) + "f", "'" + data.stringValue + "'"};
-  return config.name + "=" + shown[static_cast<int32_t>(data.type)];
+  switch (data.type) {
+    case DataType::kBool:
+      return config.name + (data.boolValue ? "=true" : "=false");
+    case DataType::kInt:
+      return config.name + "=" + std::to_string(data.intValue);
+    case DataType::kFloat:
+      return config.name + "=" + PrintToString(data.floatValue) + "f";
+    default:
+      return config.name + "='" + data.stringValue + "'";
+  }
 }
 
 // What the six typed getters find at the top level or, with a handle, in an object, where each
@@ -165,6 +176,8 @@ TEST(ConfigLoad, HandsOutHandlesToValuesOfAnyKind) {
     EXPECT_EQ(handle, nullptr);
     EXPECT_EQ(TakeLog(), kGetObject + "Failed to get key: m\n");
   }
+  EXPECT_EQ(loader->GetObject("n", &handle), 0);
+  EXPECT_EQ(static_cast<const rapidjson::Value*>(handle)->GetInt(), 5);
   EXPECT_EQ(loader->GetObject(loader->GetObject("o"), "x", &handle), 0);
   EXPECT_EQ(CallGetters(*loader, "m", handle), "");
   EXPECT_EQ(CallGetters(*loader, "y", handle), "GetInt 1\n");
@@ -198,20 +211,52 @@ TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
     EXPECT_EQ(Load(text), nullptr) << text.substr(0, 20);
     EXPECT_EQ(TakeLog(), kNotCreated);
   }
+  EXPECT_EQ(Load("[1]")->GetObject("k"), nullptr);
+  EXPECT_TRUE(Load("[{}]")->GetArrayObject("k").empty());
+  EXPECT_EQ(TakeLog(), kGetObject + "key is not found: k\n" + kGetObject + "key is not found: k\n");
+
+  const MemoryFile huge("{}");
+  EXPECT_EQ(ftruncate(huge.fd, INT64_MAX), 0);
+  EXPECT_EQ(CreateObject(huge.json), nullptr);
+  EXPECT_EQ(TakeLog(), kNotCreated);
   for (const char* unreadable : {"/nonexistent", "/", "", "/proc/self/mem"}) {
     EXPECT_EQ(CreateObject({kConfigFileTypeJson, unreadable}), nullptr);
     EXPECT_EQ(TakeLog(), kNotCreated);
   }
 }
 
+TEST(ConfigLoad, ReadsPipes) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  EXPECT_EQ(write(ends[1], R"({"k": 7})", 8), 8);
+  close(ends[1]);
+  const std::unique_ptr<ConfigLoad> loader(
+      CreateObject({kConfigFileTypeJson, "/proc/self/fd/" + std::to_string(ends[0])}));
+  EXPECT_EQ(loader->GetInt("k"), 7);
+  close(ends[0]);
+}
+
+TEST(ConfigLoad, GivesWithoutAStatusWhatAnOverridingClassGivesWithOne) {
+  struct Seven : ConfigLoadJson {
+    using ConfigLoadJson::GetInt;
+    int32_t GetInt(const std::string& /*key*/, int32_t& value, int32_t /*default*/) const override {
+      value = 7;
+      return kConfigOk;
+    }
+  };
+  const Seven seven;
+  const ConfigLoad& loader = seven;
+  EXPECT_EQ(loader.GetInt("k"), 7);
+}
+
 TEST(ConfigLoad, KeepsItsValuesWhenItIsInitialisedAgainInVain) {
   const auto loader = Load(R"({"k": 1})");
   EXPECT_EQ(loader->Initialize({kConfigFileTypeJson, "/nonexistent"}), 12);
-  EXPECT_EQ(loader->Initialize({-1, Json("{}").filePath}), 4);
+  EXPECT_EQ(loader->Initialize({-1, MemoryFile("{}").json.filePath}), 4);
   EXPECT_EQ(TakeLog(), "configloadjson.cpp Initialize() Error file type: -1\n");
-  EXPECT_EQ(loader->Initialize(Json("{")), 4);
+  EXPECT_EQ(loader->Initialize(MemoryFile("{").json), 4);
   EXPECT_EQ(loader->GetInt("k"), 1);
-  EXPECT_EQ(loader->Initialize(Json(R"({"k": 2})")), 0);
+  EXPECT_EQ(loader->Initialize(MemoryFile(R"({"k": 2})").json), 0);
   EXPECT_EQ(loader->GetInt("k"), 2);
   EXPECT_EQ(TakeLog(), "");
   EXPECT_EQ(CreateObject({1, "/"}), nullptr);
@@ -246,6 +291,7 @@ TEST(Log, KeepsTheThresholdOfItsFirstMessage) {
   threshold = 7;
   SARVIK_LOG_ERROR("written all the same");
   EXPECT_EQ(TakeLog().find("f:1 F() m\nconfig_test.cpp:"), 0U);
+  threshold = 4;
 }
 
 }  // namespace

@@ -10,7 +10,8 @@
 //  - A string ends at its first zero byte.
 //  - Object handles point to a value, of any kind, inside the loader. They are valid while the
 //    loader lives and until its next successful Initialize. The loader owns what they point to.
-//  - Failed getters on an object are logged, typed getters at the top level are not.
+//  - A failed getter on an object is logged, except a typed one for an empty key; typed getters at
+//    the top level are not.
 
 #pragma once
 
@@ -21,7 +22,7 @@
 
 constexpr int32_t kConfigOk = 0;
 constexpr int32_t kConfigError = 4;      // bad file type, text, key or value
-constexpr int32_t kConfigNotFound = 12;  // the file cannot be opened, or GetObject finds no key
+constexpr int32_t kConfigNotFound = 12;  // no file, or the top-level GetObject finds no key
 
 constexpr int32_t kConfigFileTypeJson = 0;
 
@@ -52,9 +53,7 @@ struct Data {
 
 // A named value.
 struct Config {
-  // `value` is of one of the four types, or a text that ends in a zero byte.
-  template <typename Value>
-  Config(std::string memberName, Value value)
+  Config(std::string memberName, Data value)
       : name(std::move(memberName)), data(std::move(value)) {}
 
   std::string name;
@@ -66,8 +65,8 @@ class ConfigLoad {
   virtual ~ConfigLoad() = default;
 
   // Reads and parses a file. On failure the values read before stay readable. Returns
-  // kConfigNotFound when the file cannot be opened, kConfigError when it is of an unknown type or
-  // malformed.
+  // kConfigNotFound when the file cannot be opened, kConfigError when it is of an unknown type,
+  // malformed, or too big for the memory.
   virtual int32_t Initialize(ConfigLoadCreateData data) = 0;
 
   // Top-level scalars. `value` is always written: what was found, or else `defaultValue`, with
@@ -89,7 +88,7 @@ class ConfigLoad {
   virtual int32_t GetObject(const std::string& key, const void** handle) const = 0;
 
   // The same in the object that `object` designates. A null handle, or one to another kind of
-  // value, fails like a missing key.
+  // value, fails like a missing key; an empty key fails first.
   virtual int32_t GetInt(const void* object, std::string key, int32_t& value,
                          int32_t defaultValue) const = 0;
   virtual int32_t GetFloat(const void* object, std::string key, float& value,
@@ -108,7 +107,8 @@ class ConfigLoad {
                             const void** handle) const = 0;
 
   // Top-level values for callers that are content with 0, an empty string, an empty vector or a
-  // null handle in place of a status.
+  // null handle in place of a status. They call the getters above, so who overrides those
+  // changes these too.
   virtual int32_t GetInt(const std::string& key) const = 0;
   virtual float GetFloat(const std::string& key) const = 0;
   virtual std::string GetString(const std::string& key) const = 0;

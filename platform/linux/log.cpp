@@ -25,7 +25,7 @@ int SyslogPriority(int priority) {
 }  // namespace
 
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
-  // Without a service the line would be dropped in the end, after much ado about the time zone.
+  // Without a service, syslog still reads the time zone before it drops the line.
   if (access(_PATH_LOG, F_OK) != 0) return 1;
 
   // syslog keeps the pointer to the identity, which is the caller's, until the log is closed.

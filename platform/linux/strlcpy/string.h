@@ -5,10 +5,6 @@
 #include <stddef.h>
 #include_next <string.h>
 
-#ifdef __cplusplus
-extern "C"
-#endif
-    // Copies `source` to `destination`, which holds `size` bytes, cut so that it always ends in a
-    // zero byte. Returns the length of `source`.
-    size_t
-    strlcpy(char* destination, const char* source, size_t size);
+// Copies `source` to `destination`, which holds `size` bytes, cut so that it always ends in a
+// zero byte. Returns the length of `source`.
+extern "C" size_t strlcpy(char* destination, const char* source, size_t size);
