@@ -53,7 +53,8 @@ int RunCommand(int argc, char** argv, QORDEXMessageString& record) {
 
 int main(int argc, char** argv) {
   QORDEXMessageString record = {};
-  // A service or a reader of the output that has gone is reported by the call that meets it.
+  // A send to a service that has gone fails with a message, and output that nobody reads is
+  // dropped; neither ends the program half-way.
   std::signal(SIGPIPE, SIG_IGN);
   OccupyStandardStreams();
 

@@ -43,11 +43,15 @@ class QORDEX {
   // To be called once in the life of a client.
   virtual int ParseArguments(int argc, char** argv, QORDEXMessageString& record) = 0;
 
-  // Connects to the service at `path`. Called by Initialize.
+  // Connects to the service at `path`. On failure the reason is printed, and the socket stays open
+  // until Destroy(). Called by Initialize.
   virtual int SetupLink(std::string path) = 0;
 
-  // Sends `record`, waits for one reply without a time-out, and prints it. A reply that does not
-  // decode, or has no form that can be printed, prints nothing and counts as success.
+  // Sends `record`, which stays as it is, waits for one reply without a time-out, and prints it.
+  // Returns kStatusLinkFailed, with the reason printed, when the exchange fails or the reply has an
+  // impossible length or lacks its type word. Any other reply that does not decode or has no form
+  // that can be printed prints nothing and counts as success. The caller ignores SIGPIPE: a link
+  // that the service has closed would end the process otherwise.
   virtual int SendRequest(QORDEXMessageString* record) = 0;
 
   // Loads the configuration, fills the catalogue and sets up the link. Called once, by Create.

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <string>
 #include <utility>
 
 #include "config/interface/configload.h"
@@ -25,8 +24,7 @@ int QORDEXImpl::Initialize(QORDEXCreateInputData data) {
   configLoad.reset(CreateObject({kConfigFileTypeJson, std::move(data.configPath)}));
   cmdOptions = BuiltinCatalogue();
   sockFd = -1;
-  QORDEX* self = this;
-  return self->SetupLink(std::move(data.socketPath));
+  return SetupLink(std::move(data.socketPath));
 }
 
 void QORDEXImpl::Destroy() { delete this; }
