@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -54,7 +55,7 @@ std::FILE* Start(const Words& command) {
   words.close();
   const std::string shell =
       R"(bash -c 'mapfile -d "" -t words <)"s + kWords + R"(; exec timeout 20 "${words[@]}"' 2>&1)";
-  return popen(shell.c_str(), "r");  // NOLINT(cert-env33-c)
+  return popen(shell.c_str(), "r");  // NOLINT(cert-env33-c): of fixed text
 }
 
 // Waits for the program and returns all that it printed, and its exit status if that is not 0.
@@ -144,7 +145,9 @@ TEST(Client, SurvivesLongCommandLines) {
   const std::string letters(kLongestWord - 2, 'a');
   const std::string unknown = "No such module or command\nCommand error: 6\nexit status 6\n";
   EXPECT_EQ(Request({"--" + letters}), unknown);
-  EXPECT_EQ(RunAgainst(Record(""), {CLIENT, letters, "--help"}).printed, unknown);
+  for (const std::string& module : {letters, ""s}) {
+    EXPECT_EQ(RunAgainst(Record(""), {CLIENT, module, "--help"}).printed, unknown);
+  }
   for (const std::string& nameless : {letters, std::string(kLongestWord, '-'), ""s}) {
     EXPECT_EQ(Request({nameless}), "Command name is error\nCommand error: 4\nexit status 4\n");
   }
@@ -189,7 +192,7 @@ TEST(Client, DecodesWhatArrivesInOneReceive) {
 }
 
 TEST(Client, ReportsASendToALinkThatIsBrokenAlready) {
-  std::signal(SIGPIPE, SIG_IGN);
+  const auto handler = std::signal(SIGPIPE, SIG_IGN);
   const std::string path = "/data/vendor/camera/" + std::string(107 - 20, 's');
   const int listener = Bind(SOCK_STREAM, path);
   QORDEX* client = QORDEX::Create({path + "cut at 107 bytes", kConfigPath});
@@ -200,6 +203,7 @@ TEST(Client, ReportsASendToALinkThatIsBrokenAlready) {
   EXPECT_EQ(client->SendRequest(&record), kStatusLinkFailed);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "\n Send Fail !!!: Broken pipe\n");
   client->Destroy();
+  std::signal(SIGPIPE, handler);
   close(listener);
   unlink(path.c_str());
 }
@@ -225,10 +229,12 @@ TEST(Client, KeepsWhatItPrintsFromTheServiceWhenStandardOutputIsClosed) {
   const std::string table =
       "cmds { options: 'type' arguments: 'list' } cmds { options: 'a' arguments: ['" +
       std::string(2000, 'b') + "', 'c', 'd', 'e', 'f'] }";
-  const Exchange exchange = RunAgainst(
-      Record(table), {"bash", "-c", "exec \"$@\" >&-", "bash", CLIENT, "sarvik", "--help"});
-  EXPECT_EQ(exchange.printed, "");
-  EXPECT_EQ(exchange.request.size(), kRecordSize);
+  for (const char* shell : {R"(exec "$@" >&-)", R"(exec "$@" <&- >&- 2>&-)"}) {
+    const Words command = {"bash", "-c", shell, "bash", CLIENT, "sarvik", "--help"};
+    const Exchange exchange = RunAgainst(Record(table), command);
+    EXPECT_EQ(exchange.printed, "") << shell;
+    EXPECT_EQ(exchange.request.size(), kRecordSize) << shell;
+  }
 }
 
 // What a run of the client with that log threshold sends to the system log: a line at most.
@@ -253,6 +259,12 @@ TEST(Client, LogsOneLineForAConfigurationThatDoesNotLoad) {
   std::ofstream(kConfigPath) << "{}";
   EXPECT_EQ(Log(), "");
   unlink(kConfigPath);
+
+  const int log = Bind(SOCK_DGRAM, "/dev/log");
+  Finish(Start(kHelp));
+  EXPECT_GE(recv(log, nullptr, 0, MSG_DONTWAIT), 0) << "nothing is logged without a service";
+  close(log);
+  unlink("/dev/log");
 }
 
 TEST(Client, TakesTheLogThresholdFromTheProperty) {
@@ -280,10 +292,12 @@ TEST(SarvikModule, ClearsTheReservedWord) {
   EXPECT_EQ(record.reserved, 0);
 }
 
-TEST(ArgumentParser, ReadsWordsThatAreNotThereAsEmpty) {
-  char word[] = "--help";
-  char* argv[] = {word, word, nullptr};
-  QORDEXMessageString record = {};
+TEST(ArgumentParser, LeavesTheRecordAloneWhenItRejects) {
+  char word[] = "sarvik";
+  char command[] = "--inject";
+  char* argv[] = {word, word, command, nullptr};
+  const QORDEXMessageString before = {7, "data", 7};
+  QORDEXMessageString record = before;
   QORDEXImpl client;
   testing::internal::CaptureStdout();
   EXPECT_EQ(client.ParseArguments(0, argv, record), kStatusUnknownCommand);
@@ -291,6 +305,9 @@ TEST(ArgumentParser, ReadsWordsThatAreNotThereAsEmpty) {
   EXPECT_EQ(client.ParseArguments(2, argv, record), kStatusNoCommandName);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "No such module or command\nCommand name is error\nCommand name is error\n");
+  client.Initialize({"/nonexistent", "/nonexistent"});
+  EXPECT_EQ(client.ParseArguments(3, argv, record), kStatusTooFewArguments);
+  EXPECT_EQ(std::memcmp(&record, &before, sizeof(record)), 0);
 }
 
 }  // namespace

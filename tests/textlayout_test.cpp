@@ -14,6 +14,8 @@ TEST(TextLayout, SplitsAtRunsOfDelimitersAndAppends) {
   };
   for (const Case& c : {Case{",a,,b,", ",", "before|a|b"},
                         {",,,", ",", "before"},
+                        {"", ",", "before"},
+                        {"", "", "before"},
                         {"x, y", ", ", "before|x|y"},
                         {"x, y", ",", "before|x| y"},
                         {"a,b", "", "before|a,b"}}) {
