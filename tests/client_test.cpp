@@ -1,6 +1,5 @@
 // The program as its user and the service see it: the real binary over the real socket.
 
-#include <gmock/gmock.h>
 #include <google/protobuf/text_format.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -234,43 +233,6 @@ TEST(Client, KeepsWhatItPrintsFromTheServiceWhenStandardOutputIsClosed) {
     const Exchange exchange = RunAgainst(Record(table), command);
     EXPECT_EQ(exchange.printed, "") << shell;
     EXPECT_EQ(exchange.request.size(), kRecordSize) << shell;
-  }
-}
-
-// What a run of the client with that log threshold sends to the system log: a line at most.
-std::string Log(const std::string& threshold = "") {
-  const int log = Bind(SOCK_DGRAM, "/dev/log");
-  const std::string property = "persist.vendor.camera.sarviksystem.loglevel=" + threshold;
-  EXPECT_EQ(RunAgainst(Record(""), {"env", property, CLIENT, "sarvik", "--help"}).printed, "");
-  std::string line(2048, '\0');
-  const ssize_t count = recv(log, line.data(), line.size(), MSG_DONTWAIT);
-  EXPECT_EQ(recv(log, nullptr, 0, MSG_DONTWAIT), -1) << "more than one line";
-  close(log);
-  unlink("/dev/log");
-  return line.substr(0, count < 0 ? 0 : static_cast<std::size_t>(count));
-}
-
-TEST(Client, LogsOneLineForAConfigurationThatDoesNotLoad) {
-  for (const std::string& broken : {"none"s, ""s, "{"s, std::string(1000000, '[')}) {
-    if (broken != "none") std::ofstream(kConfigPath) << broken;
-    EXPECT_THAT(Log(), testing::MatchesRegex("<11>.*\\[SARVIKSYS\\]: configloadjson.cpp:[0-9]+ "
-                                             "Create\\(\\) Failed to initialize ConfigLoadJson"));
-  }
-  std::ofstream(kConfigPath) << "{}";
-  EXPECT_EQ(Log(), "");
-  unlink(kConfigPath);
-
-  const int log = Bind(SOCK_DGRAM, "/dev/log");
-  Finish(Start(kHelp));
-  EXPECT_GE(recv(log, nullptr, 0, MSG_DONTWAIT), 0) << "nothing is logged without a service";
-  close(log);
-  unlink("/dev/log");
-}
-
-TEST(Client, TakesTheLogThresholdFromTheProperty) {
-  for (const char* silent : {"7", "0x7", "010", "2147483647"}) EXPECT_EQ(Log(silent), "") << silent;
-  for (const char* other : {"6", "-1", "7x", "4294967303", "2147483648", "99999999999999999999"}) {
-    EXPECT_NE(Log(other), "") << other;
   }
 }
 
