@@ -57,21 +57,15 @@ namespace {
 const std::string kNotCreated = "configloadjson.cpp Create() Failed to initialize ConfigLoadJson\n";
 const std::string kGetObject = "configloadjson.cpp GetObject() ";
 
-// A configuration with the given text, as long as it lives: a file that stands nowhere else.
-struct MemoryFile {
-  explicit MemoryFile(const std::string& text) : fd(memfd_create("configuration", 0)) {
-    EXPECT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-  }
-  ~MemoryFile() { close(fd); }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-
-  const int fd;
-  const ConfigLoadCreateData json = {kConfigFileTypeJson, "/proc/self/fd/" + std::to_string(fd)};
-};
+// A configuration with the given text, in memory for as long as the test program runs.
+ConfigLoadCreateData Json(const std::string& text) {
+  const int fd = memfd_create("configuration", 0);
+  EXPECT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  return {kConfigFileTypeJson, "/proc/self/fd/" + std::to_string(fd)};
+}
 
 std::unique_ptr<ConfigLoad> Load(const std::string& text) {
-  return std::unique_ptr<ConfigLoad>(CreateObject(MemoryFile(text).json));
+  return std::unique_ptr<ConfigLoad>(CreateObject(Json(text)));
 }
 
 using testing::PrintToString;
@@ -92,14 +86,14 @@ std::string PrintToString(const Config& config) {
 }
 
 // What the six typed getters find at the top level or, with a handle, in an object, where each
-// failure is logged. Values that they give in vain are those of a value-returning getter.
+// failure is logged.
 template <typename... Handle>
 std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle... object) {
   std::string found;
   std::string log;
   const auto add = [&](const std::string& getter, int32_t status, const auto& value,
-                       const auto& valueInVain) {
-    EXPECT_TRUE(status == 0 || (status == 4 && value == valueInVain)) << getter << " " << status;
+                       const auto& fallback) {
+    EXPECT_TRUE(status == 0 || (status == 4 && value == fallback)) << getter << " " << status;
     if (status == 0) found += getter + " " + PrintToString(value) + "\n";
     const bool isLogged = status != 0 && sizeof...(object) > 0 && !key.empty();
     if (isLogged) log += "configloadjson.cpp " + getter + "() Failed to get key: " + key + "\n";
@@ -215,9 +209,9 @@ TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
   EXPECT_TRUE(Load("[{}]")->GetArrayObject("k").empty());
   EXPECT_EQ(TakeLog(), kGetObject + "key is not found: k\n" + kGetObject + "key is not found: k\n");
 
-  const MemoryFile huge("{}");
-  EXPECT_EQ(ftruncate(huge.fd, INT64_MAX), 0);
-  EXPECT_EQ(CreateObject(huge.json), nullptr);
+  const ConfigLoadCreateData huge = Json("{}");
+  EXPECT_EQ(truncate(huge.filePath.c_str(), INT64_MAX), 0);
+  EXPECT_EQ(CreateObject(huge), nullptr);
   EXPECT_EQ(TakeLog(), kNotCreated);
   for (const char* unreadable : {"/nonexistent", "/", "", "/proc/self/mem"}) {
     EXPECT_EQ(CreateObject({kConfigFileTypeJson, unreadable}), nullptr);
@@ -252,11 +246,11 @@ TEST(ConfigLoad, GivesWithoutAStatusWhatAnOverridingClassGivesWithOne) {
 TEST(ConfigLoad, KeepsItsValuesWhenItIsInitialisedAgainInVain) {
   const auto loader = Load(R"({"k": 1})");
   EXPECT_EQ(loader->Initialize({kConfigFileTypeJson, "/nonexistent"}), 12);
-  EXPECT_EQ(loader->Initialize({-1, MemoryFile("{}").json.filePath}), 4);
+  EXPECT_EQ(loader->Initialize({-1, Json("{}").filePath}), 4);
   EXPECT_EQ(TakeLog(), "configloadjson.cpp Initialize() Error file type: -1\n");
-  EXPECT_EQ(loader->Initialize(MemoryFile("{").json), 4);
+  EXPECT_EQ(loader->Initialize(Json("{")), 4);
   EXPECT_EQ(loader->GetInt("k"), 1);
-  EXPECT_EQ(loader->Initialize(MemoryFile(R"({"k": 2})").json), 0);
+  EXPECT_EQ(loader->Initialize(Json(R"({"k": 2})")), 0);
   EXPECT_EQ(loader->GetInt("k"), 2);
   EXPECT_EQ(TakeLog(), "");
   EXPECT_EQ(CreateObject({1, "/"}), nullptr);
