@@ -132,26 +132,6 @@ TEST(Client, TurnsACommandLineIntoARequestOrRejectsIt) {
   }
 }
 
-TEST(Client, SurvivesLongCommandLines) {
-  const std::string help = Request({"--help"});
-  std::string pairs;
-  while (pairs.size() < 130000) pairs += "-a";
-  EXPECT_EQ(Request({pairs + "--help"}), help);
-  // Around the end of the first piece of a word that the expression sees.
-  for (std::size_t before = 245; before < 260; ++before) {
-    EXPECT_EQ(Request({std::string(before, 'x') + "--help9"}), help) << before;
-  }
-  const std::string letters(kLongestWord - 2, 'a');
-  const std::string unknown = "No such module or command\nCommand error: 6\nexit status 6\n";
-  EXPECT_EQ(Request({"--" + letters}), unknown);
-  for (const std::string& module : {letters, ""s}) {
-    EXPECT_EQ(RunAgainst(Record(""), {CLIENT, module, "--help"}).printed, unknown);
-  }
-  for (const std::string& nameless : {letters, std::string(kLongestWord, '-'), ""s}) {
-    EXPECT_EQ(Request({nameless}), "Command name is error\nCommand error: 4\nexit status 4\n");
-  }
-}
-
 TEST(Client, SendsTheRequestInARecordOfFixedSize) {
   EXPECT_EQ(Request({"--inject", "5"}),
             "\0\0\0\0\x0a\x06sarvik\x10\0\x1a\x0b\x0a\x06inject\x12\x01\x35"s +
