@@ -3,17 +3,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "qordex/qordex.h"
 #include "qordex/qordeximpl.h"
 #include "qordex/qordexmessagestring.h"
-
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  return std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : 0;
-}
 
 // After a first byte the input is the data of the record. Its length is that of the data or, when
 // the first byte is "!", the first four bytes of it.

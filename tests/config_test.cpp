@@ -13,7 +13,6 @@
 #include <memory>
 #include <regex>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -26,7 +25,6 @@
 namespace {
 
 using std::string_literals::operator""s;
-using Keys = std::vector<std::string>;
 
 std::string logged;  // without line numbers
 int32_t threshold = 4;
@@ -73,29 +71,27 @@ using testing::PrintToString;
 std::string PrintToString(const Config& config) {
   const Data& data = config.data;
   EXPECT_TRUE(data.stringValue.empty() || data.type == DataType::kString);
-  switch (data.type) {
-    case DataType::kBool:
-      return config.name + (data.boolValue ? "=true" : "=false");
-    case DataType::kInt:
-      return config.name + "=" + std::to_string(data.intValue);
-    case DataType::kFloat:
-      return config.name + "=" + PrintToString(data.floatValue) + "f";
-    default:
-      return config.name + "='" + data.stringValue + "'";
-  }
+  if (data.type == DataType::kBool) return config.name + (data.boolValue ? "=true" : "=false");
+  if (data.type == DataType::kInt) return config.name + "=" + PrintToString(data.intValue);
+  if (data.type == DataType::kFloat)
+    return config.name + "=" + PrintToString(data.floatValue) + "f";
+  return config.name + "='" + data.stringValue + "'";
 }
 
 // What the six typed getters find at the top level or, with a handle, in an object, where each
-// failure is logged.
+// failure is logged. The getters without a status agree with those of the top level.
 template <typename... Handle>
 std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle... object) {
   std::string found;
   std::string log;
-  const auto add = [&](const std::string& getter, int32_t status, const auto& value,
-                       const auto& fallback) {
+  const auto add = [&](const std::string& getter, int32_t status, const auto& value, auto fallback,
+                       const auto& withoutStatus) {
     EXPECT_TRUE(status == 0 || (status == 4 && value == fallback)) << getter << " " << status;
+    const bool isTopLevel = sizeof...(object) == 0;
+    EXPECT_TRUE(!isTopLevel || withoutStatus == (status == 0 ? value : decltype(fallback)()))
+        << getter;
     if (status == 0) found += getter + " " + PrintToString(value) + "\n";
-    const bool isLogged = status != 0 && sizeof...(object) > 0 && !key.empty();
+    const bool isLogged = status != 0 && !isTopLevel && !key.empty();
     if (isLogged) log += "configloadjson.cpp " + getter + "() Failed to get key: " + key + "\n";
   };
   int32_t i = 1;
@@ -104,12 +100,16 @@ std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle
   std::vector<int32_t> is = {1};
   std::vector<float> fs = {1.0F};
   std::vector<std::string> ss = {"before"};
-  add("GetInt", loader.GetInt(object..., key, i, -7), i, -7);
-  add("GetFloat", loader.GetFloat(object..., key, f, -7.5F), f, -7.5F);
-  add("GetString", loader.GetString(object..., key, s, "default"), s, "default");
-  add("GetIntArray", loader.GetIntArray(object..., key, is), is, std::vector<int32_t>());
-  add("GetFloatArray", loader.GetFloatArray(object..., key, fs), fs, std::vector<float>());
-  add("GetStringArray", loader.GetStringArray(object..., key, ss), ss, std::vector<std::string>());
+  add("GetInt", loader.GetInt(object..., key, i, -7), i, -7, loader.GetInt(key));
+  add("GetFloat", loader.GetFloat(object..., key, f, -7.5F), f, -7.5F, loader.GetFloat(key));
+  add("GetString", loader.GetString(object..., key, s, "default"), s, "default"s,
+      loader.GetString(key));
+  add("GetIntArray", loader.GetIntArray(object..., key, is), is, decltype(is)(),
+      loader.GetIntArray(key));
+  add("GetFloatArray", loader.GetFloatArray(object..., key, fs), fs, decltype(fs)(),
+      loader.GetFloatArray(key));
+  add("GetStringArray", loader.GetStringArray(object..., key, ss), ss, decltype(ss)(),
+      loader.GetStringArray(key));
   EXPECT_EQ(TakeLog(), log);
   return found;
 }
@@ -123,18 +123,6 @@ TEST(ConfigLoad, ReadsEachKindOfValueOnlyWithTheGetterForIt) {
     EXPECT_EQ(CallGetters(*loader, "k"), c.expected);
     EXPECT_EQ(CallGetters(*loader, "k", loader->GetObject("object")), c.expected);
   }
-}
-
-TEST(ConfigLoad, GivesZeroOrNothingInPlaceOfAStatus) {
-  const auto loader = Load(R"({"i": 5, "f": 2.5, "s": "x", "I": [1], "F": [1.5], "S": ["y"]})");
-  const auto get = [&](const Keys& k) {
-    return PrintToString(std::make_tuple(
-        loader->GetInt(k[0]), loader->GetFloat(k[1]), loader->GetString(k[2]),
-        loader->GetIntArray(k[3]), loader->GetFloatArray(k[4]), loader->GetStringArray(k[5])));
-  };
-  EXPECT_EQ(get({"i", "f", "s", "I", "F", "S"}), R"((5, 2.5, "x", { 1 }, { 1.5 }, { "y" }))");
-  EXPECT_EQ(get({"f", "i", "I", "i", "i", "i"}), R"((0, 0, "", {}, {}, {}))");
-  EXPECT_EQ(TakeLog(), "");
 }
 
 TEST(ConfigLoad, FailsForKeysAndHandlesThatLeadNowhere) {
@@ -222,11 +210,10 @@ TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
 TEST(ConfigLoad, ReadsPipes) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
-  EXPECT_EQ(write(ends[1], R"({"k": 7})", 8), 8);
+  EXPECT_EQ(write(ends[1], "{}", 2), 2);
   close(ends[1]);
-  const std::unique_ptr<ConfigLoad> loader(
-      CreateObject({kConfigFileTypeJson, "/proc/self/fd/" + std::to_string(ends[0])}));
-  EXPECT_EQ(loader->GetInt("k"), 7);
+  const std::string path = "/proc/self/fd/" + std::to_string(ends[0]);
+  EXPECT_NE(std::unique_ptr<ConfigLoad>(CreateObject({kConfigFileTypeJson, path})), nullptr);
   close(ends[0]);
 }
 
@@ -238,8 +225,7 @@ TEST(ConfigLoad, GivesWithoutAStatusWhatAnOverridingClassGivesWithOne) {
       return kConfigOk;
     }
   };
-  const Seven seven;
-  const ConfigLoad& loader = seven;
+  const ConfigLoad& loader = Seven();
   EXPECT_EQ(loader.GetInt("k"), 7);
 }
 
