@@ -13,40 +13,21 @@
 
 namespace {
 
-// libstdc++ matches recursively, one frame a letter, and a command word can be long enough to
-// overflow the stack. So the expression sees this many bytes at a time.
-constexpr std::ptrdiff_t kWindowSize = 256;
-
-// Two hyphens and a letter. Windows overlap by one byte less, so that no match
-// is lost between two.
-constexpr std::ptrdiff_t kShortestMatch = 3;
-
 bool IsLetter(char byte) { return ('a' <= byte && byte <= 'z') || ('A' <= byte && byte <= 'Z'); }
-
-// Traits of a language without character classes and collation. The expression has none of either,
-// but libstdc++ asks the locale for both at all 256 bytes when it compiles the bracket, which made
-// up a fifth of all instructions of a run.
-struct PlainTraits : std::regex_traits<char> {
-  template <typename Iterator>
-  static std::string transform_primary(Iterator /*first*/, Iterator /*last*/) {
-    return {};
-  }
-  static bool isctype(char /*byte*/, char_class_type /*characterClass*/) { return false; }
-};
 
 // The letters after the leftmost two hyphens that a letter follows; empty when there are none.
 std::string FindCommandName(const std::string& word) {
-  const std::basic_regex<char, PlainTraits> commandName("--([a-zA-Z]+)");
-  std::smatch match;
-  for (auto start = word.cbegin();;) {
-    const auto end = start + std::min(kWindowSize, word.cend() - start);
-    if (std::regex_search(start, end, match, commandName)) {
-      // The window may end within the name.
-      return {match[1].first, std::find_if_not(match[1].second, word.cend(), IsLetter)};
+  const std::regex commandName("--([a-zA-Z]+)");
+  for (std::size_t hyphens = word.find("--"); hyphens != std::string::npos;
+       hyphens = word.find("--", hyphens + 1)) {
+    // libstdc++ matches recursively, one frame per letter, and a long name would overflow the
+    // stack. So the expression sees one letter, and the others are counted here.
+    if (std::regex_match(word.substr(hyphens, 3), commandName)) {
+      const auto name = word.begin() + static_cast<std::ptrdiff_t>(hyphens) + 2;
+      return {name, std::find_if_not(name, word.end(), IsLetter)};
     }
-    if (end == word.cend()) return "";
-    start = end - (kShortestMatch - 1);
   }
+  return "";
 }
 
 }  // namespace
