@@ -1,6 +1,5 @@
 #include <android/log.h>
 #include <syslog.h>
-#include <unistd.h>
 
 #include <cstdarg>
 
@@ -25,11 +24,9 @@ int SyslogPriority(int priority) {
 }  // namespace
 
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
-  // Without a service, syslog still reads the time zone before it drops the line.
-  if (access(_PATH_LOG, F_OK) != 0) return 1;
-
-  // syslog keeps the pointer to the identity, which is the caller's, until the log is closed.
-  openlog(tag, 0, LOG_USER);
+  // syslog keeps the pointer to the tag until the log is closed. Without the process id, the
+  // journal would take a tag in brackets for one, and find no line under the tag.
+  openlog(tag, LOG_PID, LOG_USER);
   va_list arguments;
   va_start(arguments, format);
   vsyslog(SyslogPriority(priority), format, arguments);
