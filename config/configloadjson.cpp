@@ -146,8 +146,8 @@ int32_t ConfigLoadJson::Parse() {
   // This flag accepts the same texts as no flag at all, with the same values. Without it the parser
   // recurses once a nesting level, and a deep enough text overflows the stack.
   constexpr unsigned kFlags = rapidjson::kParseIterativeFlag;
-  if (MayHoldExtremeExponent(content)) {
-    document.Parse<kFlags>(WithoutExtremeExponents(content).c_str());
+  if (HasLongNegativeExponent(content)) {
+    document.Parse<kFlags>(WithoutLongNegativeExponents(content).c_str());
   } else {
     document.Parse<kFlags>(content.c_str());
   }

@@ -6,58 +6,42 @@
 
 namespace {
 
-// Exponents of so many digits do not overflow in any text below 1 GB.
-constexpr std::size_t kSafeDigitsBelowZero = 8;
-constexpr std::size_t kSafeDigits = 9;
-
-struct Exponent {
-  std::size_t firstDigit;  // its place in the text
-  std::size_t digits;
-  std::size_t safeDigits;
-};
+// An exponent of so many digits does not overflow in any text below 2 GB.
+constexpr std::size_t kSafeDigits = 8;
 
 bool IsDigit(char byte) { return '0' <= byte && byte <= '9'; }
 
-// The exponent whose letter is at `letter`.
-Exponent ReadExponent(const std::string& text, std::size_t letter) {
-  const std::size_t sign = letter + 1;
-  const bool isSigned = sign < text.size() && (text[sign] == '-' || text[sign] == '+');
-  const bool isNegative = isSigned && text[sign] == '-';
-  const std::size_t first = isSigned ? sign + 1 : sign;
-  std::size_t end = first;
-  while (end < text.size() && IsDigit(text[end])) ++end;
-  return {first, end - first, isNegative ? kSafeDigitsBelowZero : kSafeDigits};
-}
-
-bool MayHoldExtremeExponent(const std::string& text, char exponentLetter) {
-  for (std::size_t letter = text.find(exponentLetter); letter != std::string::npos;
-       letter = text.find(exponentLetter, letter + 1)) {
-    const Exponent exponent = ReadExponent(text, letter);
-    if (exponent.digits > exponent.safeDigits) return true;
-  }
-  return false;
+// The place of the first digit past the safe ones in the exponent whose minus is at `minus`; npos
+// when there is none, and for any other minus.
+std::size_t FindUnsafeDigit(const std::string& text, std::size_t minus) {
+  if (minus == 0 || (text[minus - 1] != 'e' && text[minus - 1] != 'E')) return std::string::npos;
+  const std::size_t first = std::min(text.find_first_not_of('0', minus + 1), text.size());
+  const std::size_t end = std::min(text.find_first_not_of("0123456789", first), text.size());
+  return end - first > kSafeDigits ? first + kSafeDigits : std::string::npos;
 }
 
 }  // namespace
 
-bool MayHoldExtremeExponent(const std::string& text) {
-  return MayHoldExtremeExponent(text, 'e') || MayHoldExtremeExponent(text, 'E');
+bool HasLongNegativeExponent(const std::string& text) {
+  // A minus is rarer in a text than an "e".
+  for (std::size_t minus = text.find('-'); minus != std::string::npos;
+       minus = text.find('-', minus + 1)) {
+    if (FindUnsafeDigit(text, minus) != std::string::npos) return true;
+  }
+  return false;
 }
 
-std::string WithoutExtremeExponents(std::string text) {
+std::string WithoutLongNegativeExponents(std::string text) {
   bool isInString = false;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '"') isInString = !isInString;
     if (isInString) {
       if (text[i] == '\\') ++i;
-    } else if (text[i] == 'e' || text[i] == 'E') {
-      const Exponent exponent = ReadExponent(text, i);
-      if (exponent.digits <= exponent.safeDigits) continue;
-      char* const first = text.data() + exponent.firstDigit;
-      char* const safe = first + (exponent.digits - exponent.safeDigits);
-      if (std::all_of(first, safe, [](char digit) { return digit == '0'; })) continue;
-      std::fill(first, safe, '0');
-      std::fill_n(safe, exponent.safeDigits, '9');
+    } else if (text[i] == '-') {
+      for (std::size_t digit = FindUnsafeDigit(text, i);
+           digit < text.size() && IsDigit(text[digit]); ++digit) {
+        text[digit] = ' ';
+      }
     }
   }
   return text;
