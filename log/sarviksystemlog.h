@@ -4,8 +4,8 @@
 //
 // Nothing of them reaches standard output or standard error. A message is written when the
 // threshold, the system property "persist.vendor.camera.sarviksystem.loglevel", is not above its
-// level, and always with error priority. The property is read once, at the first message; 4 stands
-// in for one that is not set or no integer.
+// level, and always with error priority. The property is read once, at the first message; unset or
+// not an integer, it counts as 4.
 
 #pragma once
 
@@ -17,11 +17,9 @@
 #include <cstdio>
 #include <cstring>
 
-constexpr int kSarvikLogLevelError = ANDROID_LOG_ERROR;
-
 // Logs an error: a printf format and its arguments.
 #define SARVIK_LOG_ERROR(...) \
-  SarvikSystemLog(kSarvikLogLevelError, __FILE__, __LINE__, __func__, __VA_ARGS__)
+  SarvikSystemLog(ANDROID_LOG_ERROR, __FILE__, __LINE__, __func__, __VA_ARGS__)
 
 // Call sites use the macro above, which supplies `file`, `line` and `func`. Of `file` only what
 // follows its last slash is written. A line is cut at 1023 bytes. Each source file has its own copy
