@@ -1,14 +1,14 @@
 #include "config/configloadjson.h"
 
+#include <android/log.h>
 #include <rapidjson/document.h>
 #include <sys/stat.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <memory>
-#include <new>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,27 +21,7 @@ namespace {
 
 using Value = rapidjson::Value;
 
-// Reading of one kind of value: whether a value is of that kind, and what it holds.
-template <typename T>
-struct Kind;
-
-template <>
-struct Kind<int32_t> {
-  static bool Is(const Value& value) { return value.IsInt(); }
-  static int32_t Get(const Value& value) { return value.GetInt(); }
-};
-
-template <>
-struct Kind<float> {
-  static bool Is(const Value& value) { return value.IsFloat(); }
-  static float Get(const Value& value) { return value.GetFloat(); }
-};
-
-template <>
-struct Kind<std::string> {
-  static bool Is(const Value& value) { return value.IsString(); }
-  static std::string Get(const Value& value) { return value.GetString(); }
-};
+constexpr std::size_t kBlockSize = 65536;  // bytes read at a time
 
 const Value* FromHandle(const void* handle) { return static_cast<const Value*>(handle); }
 
@@ -53,41 +33,53 @@ const Value* FindMember(const Value* object, const std::string& key) {
   return member == object->MemberEnd() ? nullptr : &member->value;
 }
 
-template <typename T>
-int32_t ReadScalar(const Value* object, const std::string& key, T& value, T defaultValue) {
+// Reads a member that RapidJSON holds as a `T`.
+template <typename T, typename Result>
+int32_t ReadScalar(const Value* object, const std::string& key, Result& value,
+                   Result defaultValue) {
   const Value* member = FindMember(object, key);
-  const bool isFound = member != nullptr && Kind<T>::Is(*member);
-  value = isFound ? Kind<T>::Get(*member) : std::move(defaultValue);
-  return isFound ? kConfigOk : kConfigError;
-}
-
-// The elements of the array `member`; empty unless all of them are of the kind asked for.
-template <typename T>
-std::vector<T> ReadElements(const Value* member) {
-  if (member == nullptr || !member->IsArray()) return {};
-  std::vector<T> elements;
-  elements.reserve(member->Size());
-  for (const Value& element : member->GetArray()) {
-    if (!Kind<T>::Is(element)) return {};
-    elements.push_back(Kind<T>::Get(element));
+  if (member == nullptr || !member->Is<T>()) {
+    value = std::move(defaultValue);
+    return kConfigError;
   }
-  return elements;
+  value = member->Get<T>();
+  return kConfigOk;
 }
 
-template <typename T>
-int32_t ReadArray(const Value* object, const std::string& key, std::vector<T>& values) {
-  values = ReadElements<T>(FindMember(object, key));
+// Reads an array of which RapidJSON holds every element as a `T`.
+template <typename T, typename Result>
+int32_t ReadArray(const Value* object, const std::string& key, std::vector<Result>& values) {
+  const Value* member = FindMember(object, key);
+  values.clear();
+  if (member == nullptr || !member->IsArray()) return kConfigError;
+  for (const Value& element : member->GetArray()) {
+    if (!element.Is<T>()) {
+      values.clear();
+      break;
+    }
+    values.emplace_back(element.Get<T>());
+  }
   return values.empty() ? kConfigError : kConfigOk;
+}
+
+// Logs a failure on behalf of the getter that calls it, except for an empty key. Returns `status`.
+int32_t LogIfFailed(int32_t status, const std::string& key,
+                    const char* getter = __builtin_FUNCTION(), int line = __builtin_LINE()) {
+  if (status != kConfigOk && !key.empty()) {
+    SarvikSystemLog(ANDROID_LOG_ERROR, __FILE__, line, getter, "Failed to get key: %s",
+                    key.c_str());
+  }
+  return status;
 }
 
 // Appends `value` under `name` when it is an int, a float or a string. Returns whether it is.
 bool AppendValue(const char* name, const Value& value, std::vector<Config>& row) {
-  if (Kind<int32_t>::Is(value)) {
-    row.emplace_back(name, Kind<int32_t>::Get(value));
-  } else if (Kind<float>::Is(value)) {
-    row.emplace_back(name, Kind<float>::Get(value));
-  } else if (Kind<std::string>::Is(value)) {
-    row.emplace_back(name, Kind<std::string>::Get(value));
+  if (value.IsInt()) {
+    row.emplace_back(name, value.GetInt());
+  } else if (value.IsFloat()) {
+    row.emplace_back(name, value.GetFloat());
+  } else if (value.IsString()) {
+    row.emplace_back(name, value.GetString());
   } else {
     return false;
   }
@@ -135,9 +127,8 @@ int32_t ConfigLoadJson::Initialize(ConfigLoadCreateData data) {
   try {
     const int32_t status = ReadFile(data.filePath);
     return status == kConfigOk ? Parse() : status;
-  } catch (const std::bad_alloc&) {
-    return kConfigError;
-  } catch (const std::length_error&) {
+  } catch (const std::exception&) {
+    // std::bad_alloc or std::length_error: the text does not fit into memory.
     return kConfigError;
   }
 }
@@ -162,45 +153,40 @@ int32_t ConfigLoadJson::ReadFile(const std::string& path) {
   struct stat attributes = {};
   fstat(fileno(file.get()), &attributes);
   std::string text;
-  std::size_t used = 0;
-  // One byte more than the file has, so that the read that finds its end needs no larger buffer.
-  // The size is a guess: a file may grow or shrink meanwhile, and a pipe has none.
-  text.resize(static_cast<std::size_t>(attributes.st_size) + 1);
-  while (const std::size_t count =
-             std::fread(text.data() + used, 1, text.size() - used, file.get())) {
-    used += count;
-    if (used == text.size()) text.resize(2 * text.size());
+  text.reserve(static_cast<std::size_t>(attributes.st_size));  // 0 for a pipe
+  char block[kBlockSize];
+  while (const std::size_t count = std::fread(block, 1, sizeof(block), file.get())) {
+    text.append(block, count);
   }
   if (std::ferror(file.get()) != 0) return kConfigError;
-  text.resize(used);
   content = std::move(text);
   return kConfigOk;
 }
 
 int32_t ConfigLoadJson::GetInt(const std::string& key, int32_t& value, int32_t defaultValue) const {
-  return ReadScalar(&document, key, value, defaultValue);
+  return ReadScalar<int32_t>(&document, key, value, defaultValue);
 }
 
 int32_t ConfigLoadJson::GetFloat(const std::string& key, float& value, float defaultValue) const {
-  return ReadScalar(&document, key, value, defaultValue);
+  return ReadScalar<float>(&document, key, value, defaultValue);
 }
 
 int32_t ConfigLoadJson::GetString(const std::string& key, std::string& value,
                                   std::string defaultValue) const {
-  return ReadScalar(&document, key, value, std::move(defaultValue));
+  return ReadScalar<const char*>(&document, key, value, std::move(defaultValue));
 }
 
 int32_t ConfigLoadJson::GetIntArray(const std::string& key, std::vector<int32_t>& values) const {
-  return ReadArray(&document, key, values);
+  return ReadArray<int32_t>(&document, key, values);
 }
 
 int32_t ConfigLoadJson::GetFloatArray(const std::string& key, std::vector<float>& values) const {
-  return ReadArray(&document, key, values);
+  return ReadArray<float>(&document, key, values);
 }
 
 int32_t ConfigLoadJson::GetStringArray(const std::string& key,
                                        std::vector<std::string>& values) const {
-  return ReadArray(&document, key, values);
+  return ReadArray<const char*>(&document, key, values);
 }
 
 int32_t ConfigLoadJson::GetObject(const std::string& key, const void** handle) const {
@@ -216,48 +202,35 @@ int32_t ConfigLoadJson::GetObject(const std::string& key, const void** handle) c
   return kConfigOk;
 }
 
-// Each getter in an object logs for itself, because a line names the function that it stands in.
-
 int32_t ConfigLoadJson::GetInt(const void* object, std::string key, int32_t& value,
                                int32_t defaultValue) const {
-  const int32_t status = ReadScalar(FromHandle(object), key, value, defaultValue);
-  if (status != kConfigOk && !key.empty()) SARVIK_LOG_ERROR("Failed to get key: %s", key.c_str());
-  return status;
+  return LogIfFailed(ReadScalar<int32_t>(FromHandle(object), key, value, defaultValue), key);
 }
 
 int32_t ConfigLoadJson::GetFloat(const void* object, std::string key, float& value,
                                  float defaultValue) const {
-  const int32_t status = ReadScalar(FromHandle(object), key, value, defaultValue);
-  if (status != kConfigOk && !key.empty()) SARVIK_LOG_ERROR("Failed to get key: %s", key.c_str());
-  return status;
+  return LogIfFailed(ReadScalar<float>(FromHandle(object), key, value, defaultValue), key);
 }
 
 int32_t ConfigLoadJson::GetString(const void* object, std::string key, std::string& value,
                                   std::string defaultValue) const {
-  const int32_t status = ReadScalar(FromHandle(object), key, value, std::move(defaultValue));
-  if (status != kConfigOk && !key.empty()) SARVIK_LOG_ERROR("Failed to get key: %s", key.c_str());
-  return status;
+  return LogIfFailed(
+      ReadScalar<const char*>(FromHandle(object), key, value, std::move(defaultValue)), key);
 }
 
 int32_t ConfigLoadJson::GetIntArray(const void* object, std::string key,
                                     std::vector<int32_t>& values) const {
-  const int32_t status = ReadArray(FromHandle(object), key, values);
-  if (status != kConfigOk && !key.empty()) SARVIK_LOG_ERROR("Failed to get key: %s", key.c_str());
-  return status;
+  return LogIfFailed(ReadArray<int32_t>(FromHandle(object), key, values), key);
 }
 
 int32_t ConfigLoadJson::GetFloatArray(const void* object, std::string key,
                                       std::vector<float>& values) const {
-  const int32_t status = ReadArray(FromHandle(object), key, values);
-  if (status != kConfigOk && !key.empty()) SARVIK_LOG_ERROR("Failed to get key: %s", key.c_str());
-  return status;
+  return LogIfFailed(ReadArray<float>(FromHandle(object), key, values), key);
 }
 
 int32_t ConfigLoadJson::GetStringArray(const void* object, std::string key,
                                        std::vector<std::string>& values) const {
-  const int32_t status = ReadArray(FromHandle(object), key, values);
-  if (status != kConfigOk && !key.empty()) SARVIK_LOG_ERROR("Failed to get key: %s", key.c_str());
-  return status;
+  return LogIfFailed(ReadArray<const char*>(FromHandle(object), key, values), key);
 }
 
 int32_t ConfigLoadJson::GetObject(const void* object, const std::string& key,

@@ -51,10 +51,13 @@ class ConfigLoadJson : public ConfigLoad {
 
  private:
   // Reads the whole file into `content`. Returns kConfigNotFound when it cannot be opened and
-  // kConfigError when it cannot be read; `content` stays as it was then.
+  // kConfigError when it cannot be read; throws when it does not fit into memory. In each case
+  // `content` stays as it was.
   int32_t ReadFile(const std::string& path);
 
-  // Parses `content` into `document`, which stays as it was when that is malformed.
+  // Parses `content` into `document`, which stays as it was when the text is malformed. Throws when
+  // a copy of the text does not fit into memory. RapidJSON's allocator does not check, so a
+  // document that does not fit ends the process.
   int32_t Parse();
 
   std::string content;  // the file, byte for byte
