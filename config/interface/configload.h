@@ -3,8 +3,8 @@
 //
 // Rules that all operations share:
 //  - A status is 0 for success or one of the statuses below.
-//  - A key is looked up to its first zero byte and compared byte for byte; of two members with one
-//    name the first wins. An empty key always fails.
+//  - A key ends at its first zero byte and is compared byte for byte; of two members with one name
+//    the first wins. An empty key always fails.
 //  - An int is a number without fraction or exponent in 32-bit range; a float is one with fraction
 //    or exponent (or beyond 64-bit range) within +-3.4028234e38. Neither is read as the other.
 //  - A string ends at its first zero byte.
@@ -15,8 +15,10 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -39,8 +41,13 @@ struct Data {
   Data(int32_t value) : intValue(value), type(DataType::kInt) {}
   Data(float value) : floatValue(value), type(DataType::kFloat) {}
   Data(std::string value) : stringValue(std::move(value)), intValue(0), type(DataType::kString) {}
-  // Without this one a text would become a bool.
+  // Otherwise a string literal would convert to bool.
   Data(const char* value) : Data(std::string(value)) {}
+  // So would any other pointer, an object handle for one.
+  template <typename T, typename = std::enable_if_t<std::is_pointer_v<T> &&
+                                                    !std::is_convertible_v<T, const char*>>>
+  Data(T value) = delete;
+  Data(std::nullptr_t value) = delete;
 
   std::string stringValue;  // empty unless `type` is kString
   union {
@@ -65,8 +72,9 @@ class ConfigLoad {
   virtual ~ConfigLoad() = default;
 
   // Reads and parses a file. On failure the values read before stay readable. Returns
-  // kConfigNotFound when the file cannot be opened, kConfigError when it is of an unknown type,
-  // malformed, or too big for the memory.
+  // kConfigNotFound when the file cannot be opened; kConfigError when it is of an unknown type,
+  // cannot be read, is malformed, or its text does not fit into memory. A document that does not
+  // fit ends the process.
   virtual int32_t Initialize(ConfigLoadCreateData data) = 0;
 
   // Top-level scalars. `value` is always written: what was found, or else `defaultValue`, with
