@@ -1,5 +1,6 @@
 // The commands that the program knows. What a command does is the service's business; the catalogue
-// says how it is named, how many arguments it needs and which function builds its request.
+// says how it is named, how many arguments it needs and which function builds its request. Modules
+// register their own commands.
 
 #pragma once
 
@@ -27,15 +28,12 @@ struct CmdOption {
   Parser parser = nullptr;
 };
 
-// Entries by CatalogueKey. A command stands under its full and its short name, as separate copies.
+// Entries by CatalogueKey. Each command is stored twice, under its full and its short name.
 using Catalogue = std::map<std::string, CmdOption>;
 
 // The key of a command, by its full or short name: at most 511 bytes, longer ones are cut.
 std::string CatalogueKey(const std::string& moduleName, const std::string& cmdName);
 
-// Puts `entry` into `catalogue` under both of its names, in place of any entry there. An entry
-// without a module name is left out.
+// Stores `entry` in `catalogue` under both of its names and replaces what is there. An entry
+// without a module name is skipped.
 void RegisterCommand(const CmdOption& entry, Catalogue& catalogue);
-
-// The commands built into the program.
-Catalogue BuiltinCatalogue();

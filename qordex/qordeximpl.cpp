@@ -7,8 +7,8 @@
 
 #include "config/interface/configload.h"
 #include "config/interface/configloadfactory.h"
-#include "qordex/catalogue.h"
 #include "qordex/qordex.h"
+#include "qordex/sarvikmodule.h"
 
 QORDEX* QORDEX::Create(QORDEXCreateInputData data) {
   QORDEX* client = new QORDEXImpl;
@@ -22,7 +22,7 @@ QORDEX* QORDEX::Create(QORDEXCreateInputData data) {
 
 int QORDEXImpl::Initialize(QORDEXCreateInputData data) {
   configLoad.reset(CreateObject({kConfigFileTypeJson, std::move(data.configPath)}));
-  cmdOptions = BuiltinCatalogue();
+  RegisterSarvikModule(cmdOptions);
   sockFd = -1;
   return SetupLink(std::move(data.socketPath));
 }

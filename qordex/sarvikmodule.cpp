@@ -9,6 +9,22 @@
 #include "qordex/qordexmessage.pb.h"
 #include "qordex/qordexmessagestring.h"
 
+namespace {
+
+struct Command {
+  const char* cmdName;
+  const char* shortName;
+  uint8_t minArgs;
+};
+
+constexpr Command kCommands[] = {
+    {"help", "h", 0},
+    {"inject", "i", 1},
+    {"signal", "s", 1},
+};
+
+// The parser of every command here. A request that takes 4096 bytes or more is not put into the
+// record, which stays an empty message. Always returns 0.
 int SarvikModuleArgParser(CmdOption* option, QORDEXMessageString& record) {
   QORDEXMessage request;
   request.set_modulename(option->moduleName);
@@ -26,4 +42,19 @@ int SarvikModuleArgParser(CmdOption* option, QORDEXMessageString& record) {
     std::copy(bytes.begin(), bytes.end(), record.data);
   }
   return kStatusOk;
+}
+
+}  // namespace
+
+void RegisterSarvikModule(Catalogue& catalogue) {
+  for (const Command& command : kCommands) {
+    CmdOption entry;
+    entry.moduleType = QORDEXMessage::SARVIK;
+    entry.moduleName = "sarvik";
+    entry.cmdName = command.cmdName;
+    entry.shortName = command.shortName;
+    entry.minArgs = command.minArgs;
+    entry.parser = SarvikModuleArgParser;
+    RegisterCommand(entry, catalogue);
+  }
 }

@@ -24,6 +24,7 @@
 #include "qordex/qordeximpl.h"
 #include "qordex/qordexmessage.pb.h"
 #include "qordex/qordexmessagestring.h"
+#include "qordex/sarvikmodule.h"
 
 namespace {
 
@@ -214,7 +215,8 @@ TEST(Client, KeepsWhatItPrintsFromTheServiceWhenStandardOutputIsClosed) {
 }
 
 TEST(Catalogue, HoldsACopyOfEachCommandUnderEachOfItsNames) {
-  Catalogue catalogue = BuiltinCatalogue();
+  Catalogue catalogue;
+  RegisterSarvikModule(catalogue);
   EXPECT_EQ(catalogue.size(), 6U);
   catalogue.at("moduleName: sarvik,cmdName: i").args.emplace_back("3");
   EXPECT_TRUE(catalogue.at("moduleName: sarvik,cmdName: inject").args.empty());
