@@ -1,5 +1,5 @@
-// The one implementation of the client. Its steps live in files of their own: catalogue.cpp,
-// argumentparser.cpp, sarvikmodule.cpp, serverlink.cpp and replyprinters.cpp.
+// The one implementation of the client. A comment names the file of an operation that is not in
+// qordeximpl.cpp.
 
 #pragma once
 
@@ -23,10 +23,13 @@ class QORDEXImpl : public QORDEX {
   QORDEXImpl& operator=(const QORDEXImpl&) = delete;
 
   void Destroy() override;
-  int ParseArguments(int argc, char** argv, QORDEXMessageString& record) override;
-  int SetupLink(std::string path) override;
-  int SendRequest(QORDEXMessageString* record) override;
+  int ParseArguments(int argc, char** argv,
+                     QORDEXMessageString& record) override;  // argumentparser.cpp
+  int SetupLink(std::string path) override;                  // serverlink.cpp
+  int SendRequest(QORDEXMessageString* record) override;     // serverlink.cpp
   int Initialize(QORDEXCreateInputData data) override;
+
+  // The following are in replyprinters.cpp.
 
   // Decodes a reply record, whatever it holds, and prints it. Returns the status of SendRequest.
   static int PrintReply(const QORDEXMessageString& reply);

@@ -1,18 +1,38 @@
-// Blocks of a reply as text boxes and tables.
+// Reply record to text: plain lines, text boxes and tables.
 
 #include <algorithm>
+#include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
 
+#include "qordex/qordex.h"
 #include "qordex/qordeximpl.h"
+#include "qordex/qordexmessage.pb.h"
+#include "qordex/qordexmessagestring.h"
 #include "utils/textlayout.h"
 
 namespace {
 
-// Spaces that a box or a column is wider than its longest text.
-constexpr std::size_t kPadding = 4;
+int RejectReply() {
+  std::puts("Invalid reply from server");
+  return kStatusLinkFailed;
+}
+
+// Texts of a reply end at their first zero byte.
+std::string Text(const std::string& field) { return field.substr(0, field.find('\0')); }
+
+std::vector<std::string> Lines(const QORDEXMessage::QDXCmd& cmd) {
+  std::vector<std::string> lines;
+  for (const std::string& argument : cmd.arguments()) lines.push_back(Text(argument));
+  return lines;
+}
+
+void PrintLines(const QORDEXMessage::QDXCmd& cmd) {
+  for (const std::string& line : Lines(cmd)) std::puts(line.c_str());
+}
 
 std::vector<std::string> SplitCells(const std::string& line) {
   std::vector<std::string> cells;
@@ -26,18 +46,56 @@ std::size_t LongestLength(const std::vector<std::string>& texts) {
   return longest;
 }
 
+// The width of a box or a column: 4 bytes more than its longest text. Widths are ints; a text too
+// long for that is printed without padding.
+int PaddedWidth(std::size_t longest) {
+  return static_cast<int>(std::min<std::size_t>(longest + 4, INT_MAX));
+}
+
 void PrintCells(const std::vector<std::string>& cells, int width) {
   for (const std::string& cell : cells) std::printf("%s", Center(cell, width, ' ').c_str());
 }
 
 }  // namespace
 
+int QORDEXImpl::PrintReply(const QORDEXMessageString& reply) {
+  const auto capacity = static_cast<int32_t>(sizeof(reply.data));
+  if (reply.length < 0 || reply.length > capacity) return RejectReply();
+
+  QORDEXMessage message;
+  const std::string bytes(reply.data, static_cast<std::size_t>(reply.length));
+  if (!message.ParseFromString(bytes) || message.cmds().empty()) return kStatusOk;
+
+  const QORDEXMessage::QDXCmd& first = message.cmds(0);
+  const bool isTyped = Text(first.options()) == "type";
+  if (message.cmds_size() == 1) {
+    if (!isTyped) PrintLines(first);
+    return kStatusOk;
+  }
+  if (!isTyped) return kStatusOk;
+
+  if (first.arguments().empty()) return RejectReply();
+  const std::string typeWord = Text(first.arguments(0));
+  const bool isTable = typeWord == "list";
+  if (!isTable && typeWord != "string") return kStatusOk;
+  for (int i = 1; i < message.cmds_size(); ++i) {
+    const std::string title = Text(message.cmds(i).options());
+    const std::vector<std::string> lines = Lines(message.cmds(i));
+    if (isTable) {
+      PrintList(title, lines);
+    } else {
+      PrintString(title, lines);
+    }
+  }
+  return kStatusOk;
+}
+
 int QORDEXImpl::PrintString(const std::string& title, const std::vector<std::string>& lines) {
   if (title.empty() || lines.empty()) return 0;
 
   std::vector<std::string> pieces;
   for (const std::string& line : lines) SplitString(line, &pieces, "\n");
-  const int width = static_cast<int>(std::max(title.size(), LongestLength(pieces)) + kPadding);
+  const int width = PaddedWidth(std::max(title.size(), LongestLength(pieces)));
 
   const std::string rule = Center("", width, '-');
   std::puts(rule.c_str());
@@ -59,8 +117,9 @@ int QORDEXImpl::PrintList(const std::string& title, const std::vector<std::strin
   }
   if (header.size() != rows.front().size()) return 0;
 
-  const int width = static_cast<int>(longest + kPadding);
-  const std::string rule = Center("", static_cast<int>(header.size()) * width, '-');
+  const int width = PaddedWidth(longest);
+  // Not by Center: the width of all columns together need not fit an int.
+  const std::string rule(header.size() * static_cast<std::size_t>(width), '-');
   std::puts(rule.c_str());
   PrintCells(header, width);
   std::printf("\n%s\n", rule.c_str());
