@@ -15,6 +15,7 @@ namespace {
 
 constexpr char kConfigPath[] = "/odm/etc/camera/qordex_config.json";
 
+// How to run a command of a module, and that "qordex sarvik --help" lists those of sarvik.
 constexpr char kUsage[] =
     "用法: qordex [模块] [--参数1] [参数2] ...\n"
     "模块:\n"
@@ -23,15 +24,15 @@ constexpr char kUsage[] =
 
 bool IsHelpConfigArg(std::string arg) { return std::regex_match(arg, std::regex("-{1,2}help")); }
 
-// Keeps the descriptors 0 to 2 taken when the caller has closed them. The socket would otherwise
-// become one of them, and the service would be sent what is printed.
+// Opens /dev/null on each of descriptors 0 to 2 that the caller has closed. Otherwise the socket
+// would get that number, and what is printed would go to the service.
 void OccupyStandardStreams() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
     if (fcntl(fd, F_GETFD) == -1) open("/dev/null", O_RDWR);
   }
 }
 
-// Runs the command that the command line asks for. Returns the exit status of the program.
+// Returns the exit status of the program.
 int RunCommand(int argc, char** argv, QORDEXMessageString& record) {
   QORDEX* client = QORDEX::Create({kQORDEXSocketPath, kConfigPath});
   if (client == nullptr) {
@@ -53,8 +54,8 @@ int RunCommand(int argc, char** argv, QORDEXMessageString& record) {
 
 int main(int argc, char** argv) {
   QORDEXMessageString record = {};
-  // A send to a service that has gone fails with a message, and output that nobody reads is
-  // dropped; neither ends the program half-way.
+  // A send to a service that has gone then fails with a message, and output that nobody reads is
+  // dropped. By default either would end the program.
   std::signal(SIGPIPE, SIG_IGN);
   OccupyStandardStreams();
 

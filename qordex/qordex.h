@@ -16,8 +16,8 @@
 #include "qordex/qordexmessagestring.h"
 
 constexpr int kStatusOk = 0;
-constexpr int kStatusLinkFailed = 1;        // no link to the service, or the exchange failed
-constexpr int kStatusNoCommandName = 4;     // the command word holds no "--" before a letter
+constexpr int kStatusLinkFailed = 1;        // no link to the service, or a failed exchange
+constexpr int kStatusNoCommandName = 4;     // no "--" with a letter after it in the command word
 constexpr int kStatusUnknownCommand = 6;    // no such module, or no such command in it
 constexpr int kStatusTooFewArguments = 10;  // the command needs more arguments
 
@@ -34,24 +34,24 @@ class QORDEX {
 
   virtual ~QORDEX() = default;
 
-  // Closes the link and frees the client, which is not to be used afterwards.
+  // Closes the link and frees the client, which must not be used afterwards.
   virtual void Destroy() = 0;
 
-  // Fills `record`, which the caller has cleared to zero, with the request that the command line
-  // asks for. `argc` and `argv` are those of main(); a word that is not there reads as empty. On
-  // failure the record is untouched, and the reason is printed unless arguments are missing.
-  // To be called once in the life of a client.
+  // Fills `record`, which the caller has cleared to zero, with the request for a command line.
+  // `argc` and `argv` are those of main(); a missing word counts as empty. On failure the record is
+  // untouched, and the reason is printed unless it is kStatusTooFewArguments. Must be called only
+  // once per client.
   virtual int ParseArguments(int argc, char** argv, QORDEXMessageString& record) = 0;
 
   // Connects to the service at `path`. On failure the reason is printed, and the socket stays open
   // until Destroy(). Called by Initialize.
   virtual int SetupLink(std::string path) = 0;
 
-  // Sends `record`, which stays as it is, waits for one reply without a time-out, and prints it.
-  // Returns kStatusLinkFailed, with the reason printed, when the exchange fails or the reply has an
-  // impossible length or lacks its type word. Any other reply that does not decode or has no form
-  // that can be printed prints nothing and counts as success. The caller ignores SIGPIPE: a link
-  // that the service has closed would end the process otherwise.
+  // Sends `record` unchanged, waits for one reply without a time-out, and prints it. Returns
+  // kStatusLinkFailed, with the reason printed, when the exchange fails, or when the reply has an
+  // impossible length or lacks its type word. Any other reply that does not decode or has no
+  // printable form prints nothing and counts as success. The caller must ignore SIGPIPE, or a link
+  // that the service has closed ends the process.
   virtual int SendRequest(QORDEXMessageString* record) = 0;
 
   // Loads the configuration, fills the catalogue and sets up the link. Called once, by Create.
