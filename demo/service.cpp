@@ -44,7 +44,7 @@ constexpr FaultName kFaultNames[] = {{Fault::kShort, "short"},
                                      {Fault::kUnread, "unread"}};
 
 struct Options {
-  std::string repliesFolder = "demo/replies";
+  std::string repliesFolder = DEMO_REPLIES;
   Fault fault = Fault::kNone;
 };
 
@@ -54,7 +54,7 @@ constexpr char kUsage[] =
     "Answers qordex in place of the camera service until it is interrupted.\n"
     "\n"
     "  --replies DIR  take the reply to a command from DIR/COMMAND.textproto, a QORDEXMessage\n"
-    "                 in protocol-buffer text format (default: demo/replies)\n"
+    "                 in protocol-buffer text format (default: demo/replies of the source)\n"
     "  --fault FAULT  spoil every answer:\n"
     "                 short    send the first 100 bytes of the record only\n"
     "                 silent   close the link in place of a reply\n"
@@ -125,21 +125,27 @@ std::size_t ReceiveRecord(int connection, QORDEXMessageString& record) {
   return received;
 }
 
-// The request in `record`, of which `received` bytes have come; empty, with the reason in `error`,
-// when it is malformed.
-QORDEXMessage DecodeRequest(const QORDEXMessageString& record, std::size_t received,
-                            std::string& error) {
-  QORDEXMessage request;
+QORDEXMessage RejectRequest(const std::string& reason) {
+  std::fprintf(stderr, "malformed request: %s\n", reason.c_str());
+  return PlainReply("Malformed request: " + reason);
+}
+
+// The reply to the request in `record`, of which `received` bytes have come.
+QORDEXMessage AnswerRequest(const QORDEXMessageString& record, std::size_t received,
+                            const std::string& repliesFolder) {
   if (received < sizeof(record)) {
-    error = std::to_string(received) + " bytes of a record of " + std::to_string(sizeof(record));
-  } else if (record.length < 0 || record.length > static_cast<int32_t>(sizeof(record.data))) {
-    error = "length " + std::to_string(record.length);
-  } else if (!request.ParseFromArray(record.data, record.length)) {
-    error = "not a message";
-  } else if (request.cmds().empty()) {
-    error = "no command";
+    return RejectRequest(std::to_string(received) + " bytes of a record of " +
+                         std::to_string(sizeof(record)));
   }
-  return request;
+  if (record.length < 0 || record.length > static_cast<int32_t>(sizeof(record.data))) {
+    return RejectRequest("length " + std::to_string(record.length));
+  }
+  QORDEXMessage request;
+  if (!request.ParseFromArray(record.data, record.length)) return RejectRequest("not a message");
+  if (request.cmds().empty()) return RejectRequest("no command");
+
+  std::fprintf(stderr, "request: %s\n", request.ShortDebugString().c_str());
+  return ReadReply(repliesFolder, request.cmds(0).options());
 }
 
 void SendReply(int connection, const QORDEXMessage& reply, Fault fault) {
@@ -161,18 +167,9 @@ void Serve(int connection, const Options& options) {
     return;
   }
   const std::size_t received = ReceiveRecord(connection, record);
-  if (received == 0) return;  // a client that found nothing to ask
+  if (received == 0) return;  // the client rejected its command line
 
-  std::string error;
-  const QORDEXMessage request = DecodeRequest(record, received, error);
-  QORDEXMessage reply;
-  if (error.empty()) {
-    std::fprintf(stderr, "request: %s\n", request.ShortDebugString().c_str());
-    reply = ReadReply(options.repliesFolder, request.cmds(0).options());
-  } else {
-    std::fprintf(stderr, "malformed request: %s\n", error.c_str());
-    reply = PlainReply("Malformed request: " + error);
-  }
+  const QORDEXMessage reply = AnswerRequest(record, received, options.repliesFolder);
   if (options.fault != Fault::kSilent) SendReply(connection, reply, options.fault);
 }
 
@@ -209,41 +206,60 @@ int Listen() {
   return listen(listener, SOMAXCONN) == 0 ? listener : -1;
 }
 
+[[noreturn]] void FailWithUsage(const char* problem, const char* word) {
+  std::fprintf(stderr, "qordex-demo-service: %s '%s'\n%s", problem, word, kUsage);
+  std::exit(EXIT_FAILURE);
+}
+
+Fault FaultNamed(const char* name) {
+  for (const FaultName& fault : kFaultNames) {
+    if (std::strcmp(fault.name, name) == 0) return fault.fault;
+  }
+  FailWithUsage("unknown fault", name);
+}
+
 // Ends the program when the command line is wrong or asks for help.
 Options ReadOptions(int argc, char** argv) {
   constexpr option kLongOptions[] = {{"replies", required_argument, nullptr, 'r'},
                                      {"fault", required_argument, nullptr, 'f'},
                                      {"help", no_argument, nullptr, 'h'},
                                      {nullptr, 0, nullptr, 0}};
-  const auto fail = [] {
-    std::fputs(kUsage, stderr);
-    std::exit(EXIT_FAILURE);
-  };
   Options options;
   for (int given; (given = getopt_long(argc, argv, "", kLongOptions, nullptr)) != -1;) {
-    if (given == 'h') {
-      std::fputs(kUsage, stdout);
-      std::exit(EXIT_SUCCESS);
-    } else if (given == 'r') {
-      options.repliesFolder = optarg;
-    } else if (given == 'f') {
-      const auto* const found =
-          std::find_if(std::begin(kFaultNames), std::end(kFaultNames),
-                       [](const FaultName& fault) { return std::strcmp(fault.name, optarg) == 0; });
-      if (found == std::end(kFaultNames)) fail();
-      options.fault = found->fault;
-    } else {
-      fail();
+    switch (given) {
+      case 'r':
+        options.repliesFolder = optarg;
+        break;
+      case 'f':
+        options.fault = FaultNamed(optarg);
+        break;
+      case 'h':
+        std::fputs(kUsage, stdout);
+        std::exit(EXIT_SUCCESS);
+      default:  // getopt has named what is wrong
+        std::fputs(kUsage, stderr);
+        std::exit(EXIT_FAILURE);
     }
   }
-  if (optind != argc) fail();
+  if (optind < argc) FailWithUsage("unexpected argument", argv[optind]);
   return options;
+}
+
+bool IsFolder(const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return false;
+  close(fd);
+  return true;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   const Options options = ReadOptions(argc, argv);
+  if (!IsFolder(options.repliesFolder)) {
+    std::perror(options.repliesFolder.c_str());
+    return EXIT_FAILURE;
+  }
   std::signal(SIGPIPE, SIG_IGN);
   const int listener = Listen();
   if (listener < 0) {
