@@ -135,7 +135,7 @@ int32_t ConfigLoadJson::Initialize(ConfigLoadCreateData data) {
 
 int32_t ConfigLoadJson::Parse() {
   // This flag accepts the same texts as no flag at all, with the same values. Without it the parser
-  // recurses once a nesting level, and a deep enough text overflows the stack.
+  // recurses once per nesting level, and a deep enough text overflows the stack.
   constexpr unsigned kFlags = rapidjson::kParseIterativeFlag;
   if (HasLongNegativeExponent(content)) {
     document.Parse<kFlags>(WithoutLongNegativeExponents(content).c_str());

@@ -115,8 +115,8 @@ class ConfigLoad {
                             const void** handle) const = 0;
 
   // Top-level values for callers that are content with 0, an empty string, an empty vector or a
-  // null handle in place of a status. They call the getters above, so who overrides those
-  // changes these too.
+  // null handle in place of a status. They call the getters above, so a class that overrides
+  // those changes these too.
   virtual int32_t GetInt(const std::string& key) const = 0;
   virtual float GetFloat(const std::string& key) const = 0;
   virtual std::string GetString(const std::string& key) const = 0;

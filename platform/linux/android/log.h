@@ -14,8 +14,8 @@ enum android_LogPriority {
   ANDROID_LOG_SILENT,
 };
 
-// Hands one line to syslog with `tag` as its identity. Without a syslog service it is dropped.
-// Always returns 1.
+// Hands one line to syslog with `tag` as its identity, and the process id. Without a syslog service
+// the line is dropped. Always returns 1.
 // NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): Android's name
 extern "C" __attribute__((format(printf, 3, 4))) int __android_log_print(int priority,
                                                                          const char* tag,
