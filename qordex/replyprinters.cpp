@@ -30,10 +30,6 @@ std::vector<std::string> Lines(const QORDEXMessage::QDXCmd& cmd) {
   return lines;
 }
 
-void PrintLines(const QORDEXMessage::QDXCmd& cmd) {
-  for (const std::string& line : Lines(cmd)) std::puts(line.c_str());
-}
-
 std::vector<std::string> SplitCells(const std::string& line) {
   std::vector<std::string> cells;
   SplitString(line, &cells, ",");
@@ -69,7 +65,8 @@ int QORDEXImpl::PrintReply(const QORDEXMessageString& reply) {
   const QORDEXMessage::QDXCmd& first = message.cmds(0);
   const bool isTyped = Text(first.options()) == "type";
   if (message.cmds_size() == 1) {
-    if (!isTyped) PrintLines(first);
+    if (isTyped) return kStatusOk;
+    for (const std::string& line : Lines(first)) std::puts(line.c_str());
     return kStatusOk;
   }
   if (!isTyped) return kStatusOk;

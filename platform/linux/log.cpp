@@ -6,19 +6,11 @@
 namespace {
 
 int SyslogPriority(int priority) {
-  switch (priority) {
-    case ANDROID_LOG_FATAL:
-      return LOG_CRIT;
-    case ANDROID_LOG_ERROR:
-      return LOG_ERR;
-    case ANDROID_LOG_WARN:
-      return LOG_WARNING;
-    case ANDROID_LOG_VERBOSE:
-    case ANDROID_LOG_DEBUG:
-      return LOG_DEBUG;
-    default:
-      return LOG_INFO;
-  }
+  if (priority == ANDROID_LOG_FATAL) return LOG_CRIT;
+  if (priority == ANDROID_LOG_ERROR) return LOG_ERR;
+  if (priority == ANDROID_LOG_WARN) return LOG_WARNING;
+  if (priority == ANDROID_LOG_VERBOSE || priority == ANDROID_LOG_DEBUG) return LOG_DEBUG;
+  return LOG_INFO;
 }
 
 }  // namespace
