@@ -4,6 +4,7 @@
 #include <rapidjson/document.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -21,7 +22,9 @@ namespace {
 
 using Value = rapidjson::Value;
 
-constexpr std::size_t kBlockSize = 65536;  // bytes read at a time
+// The parser counts the zeros after a decimal point in an int and adds the exponent to it. A text
+// with so many zeros in a row is refused, because the sum could overflow.
+constexpr int kTooManyZeros = 200'000'000;
 
 const Value* FromHandle(const void* handle) { return static_cast<const Value*>(handle); }
 
@@ -52,13 +55,12 @@ int32_t ReadArray(const Value* object, const std::string& key, std::vector<Resul
   const Value* member = FindMember(object, key);
   values.clear();
   if (member == nullptr || !member->IsArray()) return kConfigError;
+  std::vector<Result> elements;
   for (const Value& element : member->GetArray()) {
-    if (!element.Is<T>()) {
-      values.clear();
-      break;
-    }
-    values.emplace_back(element.Get<T>());
+    if (!element.Is<T>()) return kConfigError;
+    elements.emplace_back(element.Get<T>());
   }
+  values = std::move(elements);
   return values.empty() ? kConfigError : kConfigOk;
 }
 
@@ -72,37 +74,22 @@ int32_t LogIfFailed(int32_t status, const std::string& key,
   return status;
 }
 
-// Appends `value` under `name` when it is an int, a float or a string. Returns whether it is.
-bool AppendValue(const char* name, const Value& value, std::vector<Config>& row) {
-  if (value.IsInt()) {
-    row.emplace_back(name, value.GetInt());
-  } else if (value.IsFloat()) {
-    row.emplace_back(name, value.GetFloat());
-  } else if (value.IsString()) {
-    row.emplace_back(name, value.GetString());
-  } else {
-    return false;
-  }
-  return true;
-}
-
-// Bools count as values only here, inside an array.
-void AppendElements(const char* name, const Value& array, std::vector<Config>& row) {
-  for (const Value& element : array.GetArray()) {
-    if (element.IsBool()) {
-      row.emplace_back(name, element.GetBool());
-    } else {
-      AppendValue(name, element, row);
-    }
-  }
+// Appends `value` under `name` when it is an int, a float or a string.
+void AppendValue(const char* name, const Value& value, std::vector<Config>& row) {
+  if (value.IsInt()) row.emplace_back(name, value.GetInt());
+  if (value.IsFloat()) row.emplace_back(name, value.GetFloat());
+  if (value.IsString()) row.emplace_back(name, value.GetString());
 }
 
 std::vector<Config> ReadRow(const Value& object) {
   std::vector<Config> row;
-  for (const auto& member : object.GetObject()) {
-    const char* name = member.name.GetString();
-    if (!AppendValue(name, member.value, row) && member.value.IsArray()) {
-      AppendElements(name, member.value, row);
+  for (const auto& [name, value] : object.GetObject()) {
+    AppendValue(name.GetString(), value, row);
+    if (!value.IsArray()) continue;
+    for (const Value& element : value.GetArray()) {
+      // Bools count as values only here, inside an array.
+      if (element.IsBool()) row.emplace_back(name.GetString(), element.GetBool());
+      AppendValue(name.GetString(), element, row);
     }
   }
   return row;
@@ -134,6 +121,9 @@ int32_t ConfigLoadJson::Initialize(ConfigLoadCreateData data) {
 }
 
 int32_t ConfigLoadJson::Parse() {
+  if (std::search_n(content.begin(), content.end(), kTooManyZeros, '0') != content.end()) {
+    return kConfigError;
+  }
   // This flag accepts the same texts as no flag at all, with the same values. Without it the parser
   // recurses once per nesting level, and a deep enough text overflows the stack.
   constexpr unsigned kFlags = rapidjson::kParseIterativeFlag;
@@ -154,7 +144,7 @@ int32_t ConfigLoadJson::ReadFile(const std::string& path) {
   fstat(fileno(file.get()), &attributes);
   std::string text;
   text.reserve(static_cast<std::size_t>(attributes.st_size));  // 0 for a pipe
-  char block[kBlockSize];
+  char block[16384];
   while (const std::size_t count = std::fread(block, 1, sizeof(block), file.get())) {
     text.append(block, count);
   }

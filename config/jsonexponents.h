@@ -2,8 +2,7 @@
 //
 // It keeps an exponent and the count of decimals before it as ints. With an exponent like that of
 // 0.00000000001e-2147483639 their sum overflows, and the parser reads outside its table of powers.
-// A positive exponent is refused above 308 plus the count of decimals, and so cannot overflow in a
-// text below 200 MB.
+// A positive exponent is refused above 308 plus that count, before it overflows.
 
 #pragma once
 
@@ -13,7 +12,7 @@
 // leading zeros.
 bool HasLongNegativeExponent(const std::string& text);
 
-// Returns JSON text that has the same values and is refused or not as `text` is, without such
-// exponents. A number that has one is 0 to the parser, and stays so with eight of its digits;
-// spaces take the place of the others.
+// Returns `text` without such exponents. The parser accepts or refuses it as it does `text`, and
+// reads the same values: a number with such an exponent is 0, and stays so with eight of its
+// digits. Spaces take the place of the others.
 std::string WithoutLongNegativeExponents(std::string text);

@@ -10,15 +10,13 @@
 //  - A string ends at its first zero byte.
 //  - Object handles point to a value, of any kind, inside the loader. They are valid while the
 //    loader lives and until its next successful Initialize. The loader owns what they point to.
-//  - A failed getter on an object is logged, except a typed one for an empty key; typed getters at
-//    the top level are not.
+//  - Typed getters at the top level never log. In an object every failure is logged, except an
+//    empty key given to a typed getter.
 
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -41,13 +39,9 @@ struct Data {
   Data(int32_t value) : intValue(value), type(DataType::kInt) {}
   Data(float value) : floatValue(value), type(DataType::kFloat) {}
   Data(std::string value) : stringValue(std::move(value)), intValue(0), type(DataType::kString) {}
-  // Otherwise a string literal would convert to bool.
+  // Without these two, a string literal or an object handle would convert to bool.
   Data(const char* value) : Data(std::string(value)) {}
-  // So would any other pointer, an object handle for one.
-  template <typename T, typename = std::enable_if_t<std::is_pointer_v<T> &&
-                                                    !std::is_convertible_v<T, const char*>>>
-  Data(T value) = delete;
-  Data(std::nullptr_t value) = delete;
+  Data(const void* value) = delete;
 
   std::string stringValue;  // empty unless `type` is kString
   union {
@@ -73,8 +67,8 @@ class ConfigLoad {
 
   // Reads and parses a file. On failure the values read before stay readable. Returns
   // kConfigNotFound when the file cannot be opened; kConfigError when it is of an unknown type,
-  // cannot be read, is malformed, or its text does not fit into memory. A document that does not
-  // fit ends the process.
+  // cannot be read, is malformed, holds a number beyond a double or 200,000,000 zeros in a row, or
+  // when its text does not fit into memory. A document that does not fit ends the process.
   virtual int32_t Initialize(ConfigLoadCreateData data) = 0;
 
   // Top-level scalars. `value` is always written: what was found, or else `defaultValue`, with
@@ -95,8 +89,8 @@ class ConfigLoad {
   // there is none; leaves it as it is and returns kConfigError for an empty key. Logs both.
   virtual int32_t GetObject(const std::string& key, const void** handle) const = 0;
 
-  // The same in the object that `object` designates. A null handle, or one to another kind of
-  // value, fails like a missing key; an empty key fails first.
+  // The six typed getters in the object that `object` designates. A null handle, or one to another
+  // kind of value, fails like a missing key; an empty key fails first.
   virtual int32_t GetInt(const void* object, std::string key, int32_t& value,
                          int32_t defaultValue) const = 0;
   virtual int32_t GetFloat(const void* object, std::string key, float& value,
