@@ -2,6 +2,7 @@
 #include <syslog.h>
 
 #include <cstdarg>
+#include <mutex>
 
 namespace {
 
@@ -16,6 +17,9 @@ int SyslogPriority(int priority) {
 }  // namespace
 
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
+  // Another thread must not close the log in between.
+  static std::mutex mutex;
+  const std::lock_guard lock(mutex);
   // syslog keeps the pointer to the tag until the log is closed. Without the process id, the
   // journal would take a tag in brackets for one, and find no line under the tag.
   openlog(tag, LOG_PID, LOG_USER);

@@ -1,6 +1,5 @@
 #include <cutils/properties.h>
 
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 
@@ -9,9 +8,8 @@ int32_t property_get_int32(const char* key, int32_t defaultValue) {
   if (text == nullptr) return defaultValue;
 
   char* end = nullptr;
-  errno = 0;
   const int64_t value = std::strtoll(text, &end, 0);
-  const bool isWhole = end != text && *end == '\0' && errno == 0;
+  const bool isWhole = end != text && *end == '\0';
   if (!isWhole || value < INT32_MIN || value > INT32_MAX) return defaultValue;
   return static_cast<int32_t>(value);
 }

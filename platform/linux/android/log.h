@@ -1,4 +1,4 @@
-// The part of Android's liblog that the program uses, on top of syslog(3).
+// Android's log priorities and its print function, on top of syslog(3).
 
 #pragma once
 
