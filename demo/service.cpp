@@ -1,6 +1,6 @@
 // A stand-in for the camera service. It listens on the client's socket, logs each request in one
 // line on standard error and answers it with a reply from a file in protocol-buffer text format,
-// which is read at each request. What it cannot answer it says in a plain reply, and goes on.
+// which is read at each request. When it cannot answer, a plain reply says why.
 
 #include <fcntl.h>
 #include <getopt.h>
@@ -54,7 +54,7 @@ constexpr char kUsage[] =
     "Answers qordex in place of the camera service until it is interrupted.\n"
     "\n"
     "  --replies DIR  take the reply to a command from DIR/COMMAND.textproto, a QORDEXMessage\n"
-    "                 in protocol-buffer text format (default: demo/replies of the source)\n"
+    "                 in protocol-buffer text format (default: demo/replies in the source tree)\n"
     "  --fault FAULT  spoil every answer:\n"
     "                 short    send the first 100 bytes of the record only\n"
     "                 silent   close the link in place of a reply\n"
@@ -70,7 +70,7 @@ QORDEXMessage PlainReply(const std::string& line) {
   QORDEXMessage reply;
   QORDEXMessage::QDXCmd* cmd = reply.add_cmds();
   cmd->set_options("demo service");
-  cmd->add_arguments(line);
+  cmd->add_arguments(line.substr(0, 4000));  // no more than a record holds
   return reply;
 }
 
@@ -107,6 +107,8 @@ QORDEXMessage ReadReply(const std::string& folder, const std::string& command) {
   google::protobuf::TextFormat::Parser parser;
   parser.RecordErrorsTo(&error);
   if (!parser.Parse(&file, &reply)) return PlainReply("Broken reply: " + path + ":" + error.text);
+  if (file.GetErrno() != 0)
+    return PlainReply("No reply: " + path + ": " + std::strerror(file.GetErrno()));
   if (reply.ByteSizeLong() > sizeof(QORDEXMessageString::data)) {
     return PlainReply("Broken reply: " + path + ": longer than a record holds");
   }
