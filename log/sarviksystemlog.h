@@ -4,8 +4,8 @@
 //
 // Nothing of them reaches standard output or standard error. A message is written when the
 // threshold, the system property "persist.vendor.camera.sarviksystem.loglevel", is not above its
-// level, and always with error priority. The property is read once, at the first message; unset or
-// not an integer, it counts as 4.
+// level, and always with error priority. Each source file reads the property once, at its first
+// message; unset or not an integer, it counts as 4.
 
 #pragma once
 
@@ -21,9 +21,9 @@
 #define SARVIK_LOG_ERROR(...) \
   SarvikSystemLog(ANDROID_LOG_ERROR, __FILE__, __LINE__, __func__, __VA_ARGS__)
 
-// Call sites use the macro above, which supplies `file`, `line` and `func`. Of `file` only what
-// follows its last slash is written. A line is cut at 1023 bytes. Each source file has its own copy
-// of this function, with its own threshold.
+// The macro above supplies `file`, `line` and `func`. Of `file` only what follows its last slash is
+// written. A line is cut at 1023 bytes. Each source file has its own copy of this function, with
+// its own threshold.
 [[maybe_unused]] __attribute__((format(printf, 5, 6))) static void SarvikSystemLog(
     int level, const char* file, int line, const char* func, const char* fmt, ...) {
   static const int threshold = property_get_int32("persist.vendor.camera.sarviksystem.loglevel", 4);

@@ -1,4 +1,4 @@
-// Command line to catalogue entry.
+// Command line to catalogue entry, whose parser fills the record.
 
 #include <algorithm>
 #include <cstddef>

@@ -20,8 +20,8 @@ struct CmdOption {
   int32_t moduleType = 0;  // a QORDEXMessage::QDXModuleType
   std::string moduleName;
   std::string cmdName;
-  std::string shortName;     // one letter that stands for cmdName on the command line
-  uint8_t minArgs = 0;       // the least number of arguments
+  std::string shortName;  // one letter that stands for cmdName on the command line
+  uint8_t minArgs = 0;
   std::string reservedText;  // this and the next are unused, and empty in every entry
   std::multimap<std::string, std::string> reservedPairs;
   std::vector<std::string> args;  // empty until a command line names the entry

@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kConfigPath[] = "/odm/etc/camera/qordex_config.json";
 
-// How to run a command of a module, and that "qordex sarvik --help" lists those of sarvik.
+// In English: how to run a command of a module; "qordex sarvik --help" lists the commands.
 constexpr char kUsage[] =
     "用法: qordex [模块] [--参数1] [参数2] ...\n"
     "模块:\n"

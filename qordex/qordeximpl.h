@@ -17,10 +17,7 @@
 
 class QORDEXImpl : public QORDEX {
  public:
-  QORDEXImpl() = default;
   ~QORDEXImpl() override;
-  QORDEXImpl(const QORDEXImpl&) = delete;
-  QORDEXImpl& operator=(const QORDEXImpl&) = delete;
 
   void Destroy() override;
   int ParseArguments(int argc, char** argv,

@@ -59,8 +59,8 @@ int QORDEXImpl::PrintReply(const QORDEXMessageString& reply) {
   if (reply.length < 0 || reply.length > capacity) return RejectReply();
 
   QORDEXMessage message;
-  const std::string bytes(reply.data, static_cast<std::size_t>(reply.length));
-  if (!message.ParseFromString(bytes) || message.cmds().empty()) return kStatusOk;
+  const bool isDecoded = message.ParseFromArray(reply.data, reply.length);
+  if (!isDecoded || message.cmds().empty()) return kStatusOk;
 
   const QORDEXMessage::QDXCmd& first = message.cmds(0);
   const bool isTyped = Text(first.options()) == "type";
