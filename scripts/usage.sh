@@ -1,0 +1,46 @@
+# shellcheck shell=bash
+# Sourced first by every script: help and errors. The help is the script's header comment, whose last
+# lines are the usage. Sets `script` to the script's path without links.
+
+script=$(realpath "$0")
+
+print_help() { sed -n '1d; /^#/!q; s/^# \?//p' "$script"; }
+
+fail() {
+  echo "${script##*/}: $*" >&2
+  exit 1
+}
+
+# Says what is wrong with the command line.
+usage_error() {
+  echo "${script##*/}: $*" >&2
+  print_help | sed -n '/^usage:/,$p' >&2
+  exit 2
+}
+
+# require_number NAME VALUE: checks what is given for NAME of the usage.
+require_number() {
+  [[ $2 =~ ^[1-9][0-9]{0,8}$ ]] || usage_error "$1 is a number from 1 to 999999999${2:+, not \"$2\"}"
+}
+
+# require_choice NAME VALUE CHOICE...: the same.
+require_choice() {
+  local name=$1 value=$2 choice
+  shift 2
+  for choice; do [ "$value" != "$choice" ] || return 0; done
+  usage_error "$name is one of $*${value:+, not \"$value\"}"
+}
+
+# expect_at_most COUNT WORD...: checks that no more words than COUNT are given.
+expect_at_most() {
+  local count=$1
+  shift
+  [ $# -le "$count" ] || usage_error "unexpected word \"${*:count + 1:1}\""
+}
+
+case ${1-} in
+  -h | --help)
+    print_help
+    exit
+    ;;
+esac
