@@ -1,0 +1,24 @@
+# shellcheck shell=bash
+# Sourced by what starts a service and then needs it.
+
+# wait_for PROCESS COMMAND...: runs COMMAND every 10 ms until it succeeds. Fails, and says so, when
+# PROCESS has ended before.
+wait_for() {
+  local process=$1
+  shift
+  until "$@" >/dev/null 2>&1; do
+    if ! kill -0 "$process" 2>/dev/null; then
+      echo "process $process ended before this succeeded: $*" >&2
+      return 1
+    fi
+    sleep 0.01
+  done
+}
+
+# service_answers CLIENT...: whether the client, run by these words, finds a service. The client
+# connects before it refuses the command, so the service gets no request.
+service_answers() {
+  local status=0
+  "$@" sarvik - >/dev/null 2>&1 || status=$?
+  [ "$status" = 4 ]
+}
