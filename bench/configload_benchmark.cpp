@@ -1,7 +1,4 @@
 // Loading a configuration of 40 MB, against reading and parsing the file by hand.
-//
-// usage: configload_benchmark FILE [BENCHMARK_OPTION]...
-// FILE is created and removed.
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -26,6 +23,11 @@
 #include "config/interface/configloadfactory.h"
 
 namespace {
+
+constexpr char kUsage[] =
+    "usage: configload_benchmark FILE [BENCHMARK_OPTION]...\n"
+    "Creates FILE, a configuration, measures how long it takes to load, and removes it.\n"
+    "BENCHMARK_OPTION is one of Google Benchmark; \"FILE --help\" shows them.\n";
 
 constexpr std::streamoff kFileSize = 40'000'000;
 constexpr int kRepetitions = 9;
@@ -56,21 +58,23 @@ void WriteStream(int index, std::mt19937& random, std::ostream& text) {
   text << "\n    ]\n  }";
 }
 
+void FailUnless(bool isGood) {
+  if (isGood) return;
+  std::fprintf(stderr, "configload_benchmark: %s was not written or not loaded\n", path.c_str());
+  unlink(path.c_str());
+  std::exit(EXIT_FAILURE);
+}
+
 void WriteConfiguration() {
   std::mt19937 random;  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same text in every run
   std::ofstream text(path);
   text << "{\n";
-  for (int i = 0; text.tellp() < kFileSize; ++i) {
+  for (int i = 0; text && text.tellp() < kFileSize; ++i) {
     if (i > 0) text << ",\n";
     WriteStream(i, random, text);
   }
   text << "\n}\n";
-}
-
-void FailUnless(bool isGood) {
-  if (isGood) return;
-  std::fprintf(stderr, "configload_benchmark: %s was not loaded\n", path.c_str());
-  std::exit(EXIT_FAILURE);
+  FailUnless(text.flush().good());
 }
 
 void LoadWithCreateObject() {
@@ -168,15 +172,31 @@ void PrintComparison() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    std::fputs("usage: configload_benchmark FILE [BENCHMARK_OPTION]...\n", stderr);
+  const std::string first = argc > 1 ? argv[1] : "";
+  if (first == "-h" || first == "--help") {
+    std::fputs(kUsage, stdout);
+    return EXIT_SUCCESS;
+  }
+  if (first.empty() || first[0] == '-') {
+    std::fprintf(stderr, "configload_benchmark: FILE comes first\n%s", kUsage);
     return EXIT_FAILURE;
   }
-  path = argv[1];
+  benchmark::Initialize(&argc, argv);  // takes out of `argv` the options that it knows
+  if (argc > 2) {
+    std::fprintf(stderr, "configload_benchmark: no such option: %s\n%s", argv[2], kUsage);
+    return EXIT_FAILURE;
+  }
+
+  path = first;
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (fd < 0) {
+    std::perror(path.c_str());
+    return EXIT_FAILURE;
+  }
+  close(fd);
   WriteConfiguration();
   // Before anything has been loaded in this process, which a child would count as its own.
   for (Way& way : ways) way.peakMegabytes = PeakMegabytes(way.load);
-  benchmark::Initialize(&argc, argv);
   MedianReporter reporter(benchmark::ConsoleReporter::OO_None);
   benchmark::RunSpecifiedBenchmarks(&reporter);
   PrintComparison();

@@ -8,19 +8,24 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <iterator>
 #include <random>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
 namespace {
+
+constexpr char kUsage[] =
+    "usage: sidebyside ROUNDS {LABEL COMMAND}...\n"
+    "Runs each COMMAND, whose words are split at spaces, ROUNDS times and prints a table.\n";
 
 struct Run {
   double wallTime;       // in microseconds
@@ -112,16 +117,35 @@ Contender ReadContender(const char* label, const char* command) {
   return contender;
 }
 
+// Returns 0 when `word` is no positive number.
+int ReadRounds(const std::string& word) {
+  int rounds = 0;
+  const char* const end = word.data() + word.size();
+  const auto [parsed, error] = std::from_chars(word.data(), end, rounds);
+  return error == std::errc() && parsed == end && rounds > 0 ? rounds : 0;
+}
+
+int RejectCommandLine(const char* reason) {
+  std::fprintf(stderr, "sidebyside: %s\n%s", reason, kUsage);
+  return EXIT_FAILURE;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 4 || argc % 2 != 0) {
-    std::fputs("usage: sidebyside ROUNDS {LABEL COMMAND}...\n", stderr);
-    return EXIT_FAILURE;
+  const std::string first = argc > 1 ? argv[1] : "";
+  if (first == "-h" || first == "--help") {
+    std::fputs(kUsage, stdout);
+    return EXIT_SUCCESS;
   }
-  const auto rounds = std::max(std::strtol(argv[1], nullptr, 10), 1L);
+  const int rounds = ReadRounds(first);
+  if (rounds < 1) return RejectCommandLine("ROUNDS is a positive number");
+  if (argc < 4 || argc % 2 != 0) return RejectCommandLine("a COMMAND is needed for each LABEL");
   std::vector<Contender> contenders;
-  for (int i = 2; i < argc; i += 2) contenders.push_back(ReadContender(argv[i], argv[i + 1]));
+  for (int i = 2; i < argc; i += 2) {
+    contenders.push_back(ReadContender(argv[i], argv[i + 1]));
+    if (contenders.back().words.empty()) return RejectCommandLine("a COMMAND is empty");
+  }
 
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
@@ -139,7 +163,7 @@ int main(int argc, char** argv) {
   }
   posix_spawn_file_actions_destroy(&actions);
 
-  std::printf("| medians of %ld rounds | wall time | to the first | the first to it |", rounds);
+  std::printf("| medians of %d rounds | wall time | to the first | the first to it |", rounds);
   std::puts(" processor time | to the first | page faults | peak memory |");
   std::puts("|---|---|---|---|---|---|---|---|");
   for (const Contender& contender : contenders) {
