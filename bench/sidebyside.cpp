@@ -65,7 +65,7 @@ double Microseconds(const timeval& time) {
   return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_usec);
 }
 
-// A time of a run that failed would be the time of something else.
+// Ends the program when the run failed: its time would say nothing.
 rusage Finish(const Contender& contender, pid_t process) {
   int status = 0;
   rusage usage = {};

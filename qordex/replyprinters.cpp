@@ -78,11 +78,7 @@ int QORDEXImpl::PrintReply(const QORDEXMessageString& reply) {
   for (int i = 1; i < message.cmds_size(); ++i) {
     const std::string title = Text(message.cmds(i).options());
     const std::vector<std::string> lines = Lines(message.cmds(i));
-    if (isTable) {
-      PrintList(title, lines);
-    } else {
-      PrintString(title, lines);
-    }
+    isTable ? PrintList(title, lines) : PrintString(title, lines);
   }
   return kStatusOk;
 }

@@ -1,0 +1,13 @@
+# Installs the loader with a CMake package: its targets, their headers and a version file.
+include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME loader)
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qordex)
+install(TARGETS qordex_platform qordex_log qordex_config EXPORT qordexTargets
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qordex
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qordex)
+install(EXPORT qordexTargets NAMESPACE qordex:: DESTINATION ${package_dir})
+write_basic_package_version_file(qordexConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_SOURCE_DIR}/cmake/qordexConfig.cmake
+              ${CMAKE_CURRENT_BINARY_DIR}/qordexConfigVersion.cmake
+        DESTINATION ${package_dir})
