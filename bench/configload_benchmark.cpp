@@ -30,7 +30,7 @@ constexpr char kUsage[] =
     "BENCHMARK_OPTION is one of Google Benchmark; \"FILE --help\" shows them.\n";
 
 constexpr std::streamoff kFileSize = 40'000'000;
-constexpr int kRepetitions = 9;
+constexpr int kRepetitions = 25;
 
 std::string path;  // of the configuration
 
