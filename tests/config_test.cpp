@@ -1,5 +1,4 @@
-// The configuration loader and the log that it writes to. The platform's log and properties are
-// those of this file.
+// The configuration loader and the log that it writes to.
 
 #include <android/log.h>
 #include <cutils/properties.h>
@@ -10,6 +9,7 @@
 
 #include <cstdarg>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <regex>
 #include <string>
@@ -27,12 +27,13 @@ namespace {
 using std::string_literals::operator""s;
 
 std::string logged;  // without line numbers
-int32_t threshold = 4;
 
 std::string TakeLog() { return std::exchange(logged, ""); }
 
 }  // namespace
 
+// In place of the platform's function: of a static library the linker takes only what the program
+// does not define itself.
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
   EXPECT_EQ(priority, ANDROID_LOG_ERROR);
   EXPECT_STREQ(tag, "[SARVIKSYS]");
@@ -45,13 +46,9 @@ int __android_log_print(int priority, const char* tag, const char* format, ...) 
   return 1;
 }
 
-int32_t property_get_int32(const char* key, int32_t defaultValue) {
-  EXPECT_STREQ(key, "persist.vendor.camera.sarviksystem.loglevel");
-  return defaultValue == 4 ? threshold : 7;
-}
-
 namespace {
 
+constexpr char kThreshold[] = "persist.vendor.camera.sarviksystem.loglevel";
 const std::string kNotCreated = "configloadjson.cpp Create() Failed to initialize ConfigLoadJson\n";
 const std::string kGetObject = "configloadjson.cpp GetObject() ";
 
@@ -268,10 +265,28 @@ TEST(Log, CutsLinesAt1023Bytes) {
 TEST(Log, KeepsTheThresholdOfItsFirstMessage) {
   SarvikSystemLog(4, "f", 1, "F", "m");
   SarvikSystemLog(3, "f", 1, "F", "below");
-  threshold = 7;
+  setenv(kThreshold, "7", 1);
   SARVIK_LOG_ERROR("written all the same");
+  unsetenv(kThreshold);
   EXPECT_EQ(TakeLog().find("f:1 F() m\nconfig_test.cpp:"), 0U);
-  threshold = 4;
+}
+
+TEST(Property, IsAnIntegerOf32BitsOrTheDefault) {
+  const auto read = [](const char* text) {
+    setenv(kThreshold, text, 1);
+    return property_get_int32(kThreshold, 5);
+  };
+  EXPECT_EQ(property_get_int32(kThreshold, 5), 5);
+  EXPECT_EQ(read("6"), 6);
+  EXPECT_EQ(read("0x7"), 7);
+  EXPECT_EQ(read("010"), 8);
+  EXPECT_EQ(read("2147483647"), INT32_MAX);
+  EXPECT_EQ(read("-2147483648"), INT32_MIN);
+  for (const char* text :
+       {"", "7x", "2147483648", "-2147483649", "4294967303", "99999999999999999999"}) {
+    EXPECT_EQ(read(text), 5) << text;
+  }
+  unsetenv(kThreshold);
 }
 
 }  // namespace
