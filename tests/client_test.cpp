@@ -14,7 +14,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -120,24 +119,10 @@ std::string Request(Words words) {
   return exchange.request + exchange.printed;
 }
 
-TEST(Client, TurnsACommandLineIntoARequestOrRejectsIt) {
-  for (const Case& c : ReadCases("commandlines.txt")) {
-    std::istringstream line(c.input);
-    Words command = {CLIENT};
-    for (std::string word; line >> word;) command.push_back(word);
-    const Exchange exchange = RunAgainst(Record(""), command);
-    EXPECT_EQ(exchange.printed, exchange.request.empty() ? c.expected : "") << c.input;
-    if (exchange.request.empty()) continue;
-    EXPECT_EQ(exchange.request, Record("moduleName: 'sarvik' moduleType: SARVIK " + c.expected));
-  }
-}
-
 TEST(Client, SendsTheRequestInARecordOfFixedSize) {
   EXPECT_EQ(Request({"--inject", "5"}),
             "\0\0\0\0\x0a\x06sarvik\x10\0\x1a\x0b\x0a\x06inject\x12\x01\x35"s +
                 std::string(4096 - 23, '\0') + "\x17\0\0\0"s);
-  EXPECT_EQ(Request({"--help", "", "\xff\n"}).substr(16, 14),
-            "\x0a\x04help\x12\0\x12\x02\xff\n\0\0"s);
   // All but the argument takes 24 bytes of such a request.
   EXPECT_EQ(Request({"--inject", std::string(4095 - 24, 'x')}).substr(4096), "xxx\0\xff\x0f\0\0"s);
   const std::string empty(kRecordSize, '\0');
