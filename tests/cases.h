@@ -1,27 +1,27 @@
-// Cases in a file of tests/cases: a line of input and below it the lines expected, each after "|".
+// Cases in a file of tests/cases: an input, of which further lines are indented, and each line
+// expected after a "|". Another "|" shows where one ends in a space.
 
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
-struct Case {
-  std::string input, expected;
-};
-
-inline std::vector<Case> ReadCases(const std::string& name) {
-  std::vector<Case> cases;
+inline std::vector<std::pair<std::string, std::string>> ReadCases(const std::string& name) {
+  std::vector<std::pair<std::string, std::string>> cases;
   std::ifstream file(CASES "/" + name);
   for (std::string line; std::getline(file, line);) {
     if (line.empty() || line[0] == '#') continue;
-    if (line[0] != '|') {
-      cases.push_back({line, ""});
-    } else {
-      cases.back().expected += line.substr(1) + "\n";
-    }
+    const std::size_t bar = line.find('|');
+    if (bar != 0 && line[0] != ' ') cases.emplace_back();
+    cases.back().first += line.substr(0, bar);
+    if (bar == std::string::npos) continue;
+    if (bar + 1 < line.size() && line.back() == '|') line.pop_back();
+    cases.back().second += line.substr(bar + 1) + "\n";
   }
   EXPECT_FALSE(cases.empty()) << name;
   return cases;

@@ -133,7 +133,9 @@ TEST(Client, SendsTheRequestInARecordOfFixedSize) {
 }
 
 TEST(Client, PrintsEachFormOfReply) {
-  for (const Case& c : ReadCases("replies.txt")) EXPECT_EQ(Print(Record(c.input)), c.expected);
+  for (const auto& [reply, printed] : ReadCases("replies.txt")) {
+    EXPECT_EQ(Print(Record(reply)), printed) << reply;
+  }
 }
 
 TEST(Client, DecodesWhatArrivesInOneReceive) {

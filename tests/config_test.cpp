@@ -112,13 +112,13 @@ std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle
 }
 
 TEST(ConfigLoad, ReadsEachKindOfValueOnlyWithTheGetterForIt) {
-  for (const Case& c : ReadCases("values.txt")) {
-    SCOPED_TRACE(c.input);
-    const std::string members = "\"k\": " + c.input + R"(, "k": 9, "": 9})";
+  for (const auto& [value, found] : ReadCases("values.txt")) {
+    SCOPED_TRACE(value);
+    const std::string members = "\"k\": " + value + R"(, "k": 9, "": 9})";
     const auto loader = Load(R"({"object": {)" + members + "," + members);
     ASSERT_NE(loader, nullptr);
-    EXPECT_EQ(CallGetters(*loader, "k"), c.expected);
-    EXPECT_EQ(CallGetters(*loader, "k", loader->GetObject("object")), c.expected);
+    EXPECT_EQ(CallGetters(*loader, "k"), found);
+    EXPECT_EQ(CallGetters(*loader, "k", loader->GetObject("object")), found);
   }
 }
 
@@ -163,13 +163,13 @@ TEST(ConfigLoad, HandsOutHandlesToValuesOfAnyKind) {
 }
 
 TEST(ConfigLoad, ReadsArraysOfObjectsIntoRows) {
-  for (const Case& c : ReadCases("rows.txt")) {
+  for (const auto& [value, expected] : ReadCases("rows.txt")) {
     std::string rows;
-    for (const auto& row : Load("{\"k\": " + c.input + "}")->GetArrayObject("k")) {
+    for (const auto& row : Load("{\"k\": " + value + "}")->GetArrayObject("k")) {
       for (const Config& config : row) rows += PrintToString(config) + " ";
       rows.back() = '\n';
     }
-    EXPECT_EQ(rows, c.expected) << c.input;
+    EXPECT_EQ(rows, expected) << value;
   }
   EXPECT_TRUE(Load("{}")->GetArrayObject("k").empty());
   EXPECT_TRUE(Load("{}")->GetArrayObject("").empty());
