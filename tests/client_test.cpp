@@ -228,6 +228,19 @@ TEST(Catalogue, LeavesOutAnEntryWithoutAModule) {
   EXPECT_TRUE(catalogue.empty());
 }
 
+TEST(SarvikModule, TakesTheRequestFromTheEntry) {
+  Catalogue catalogue;
+  RegisterSarvikModule(catalogue);
+  CmdOption entry;
+  entry.moduleType = QORDEXMessage::DEBUG;
+  QORDEXMessageString record = {};
+  EXPECT_EQ(catalogue.begin()->second.parser(&entry, record), kStatusOk);
+  EXPECT_EQ(std::string(record.data, 8), "\x0a\0\x10\x01\x1a\x02\x0a\0"s);
+  EXPECT_EQ(record.length, 8);
+}
+
+TEST(Schema, ReadsARequestWithoutAModuleTypeAsMax) { EXPECT_EQ(QORDEXMessage().moduletype(), 2); }
+
 TEST(ArgumentParser, WritesTheRecordOnlyWhenItAccepts) {
   char word[] = "sarvik";
   char command[] = "--inject";

@@ -2,6 +2,7 @@
 
 #include <android/log.h>
 #include <cutils/properties.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -13,6 +14,7 @@
 #include <memory>
 #include <regex>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -182,8 +184,9 @@ TEST(ConfigLoad, ReadsArraysOfObjectsIntoRows) {
   EXPECT_EQ(TakeLog(), kGetObject + "key is not found: k\n" + kGetObject + "key is empty\n");
 }
 
-TEST(ConfigLoad, TakesATextForAString) {
+TEST(ConfigLoad, TakesATextForAStringAndNoOtherPointer) {
   EXPECT_EQ(PrintToString(Config("n", "text")) + PrintToString(Config("n", 0)), "n='text'n=0");
+  static_assert(!std::is_constructible_v<Data, const void*>);
 }
 
 TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
@@ -204,7 +207,9 @@ TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
 TEST(ConfigLoad, ReadsPipes) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
-  const std::string text = R"({"k": 1})";
+  // More than one read finds.
+  const std::string text = std::string(200000, ' ') + R"({"k": 1})";
+  EXPECT_GT(fcntl(ends[1], F_SETPIPE_SZ, text.size()), 0);
   EXPECT_EQ(write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
   close(ends[1]);
   const std::string path = "/proc/self/fd/" + std::to_string(ends[0]);
@@ -218,9 +223,14 @@ TEST(ConfigLoad, KeepsItsValuesWhenItIsInitialisedAgainInVain) {
   for (const auto& [data, status] : std::vector<std::pair<ConfigLoadCreateData, int32_t>>{
            {{kConfigFileTypeJson, "/nonexistent"}, 12},
            {{kConfigFileTypeJson, ""}, 12},
+           {{kConfigFileTypeJson, "/"}, 4},
            {{kConfigFileTypeJson, "/proc/self/mem"}, 4},
+#ifndef __SANITIZE_ADDRESS__  // it ends the process for want of memory
+           {Json("{}", INT64_MAX / 4), 4},
+#endif
            {Json("{}", INT64_MAX), 4},
-           {Json("{"), 4}}) {
+           {Json("{"), 4},
+           {Json(std::string("0.").append(200'000'000, '0')), 4}}) {
     EXPECT_EQ(loader->Initialize(data), status) << data.filePath;
     EXPECT_EQ(loader->GetInt("k"), 1);
     EXPECT_EQ(TakeLog(), "");
@@ -256,15 +266,20 @@ TEST(ConfigLoad, GivesValuesWithoutAStatus) {
 
 TEST(ConfigLoad, GivesWithoutAStatusWhatAnOverridingClassGivesWithOne) {
   struct Overriding : ConfigLoadJson {
-    using ConfigLoadJson::GetInt;
+    using ConfigLoadJson::GetInt, ConfigLoadJson::GetObject;
     int32_t GetInt(const std::string& key, int32_t& value, int32_t defaultValue) const override {
       return ConfigLoadJson::GetInt("x" + key, value, defaultValue);
     }
+    int32_t GetObject(const std::string& key, const void** handle) const override {
+      return ConfigLoadJson::GetObject("x" + key, handle);
+    }
   };
   Overriding overriding;
-  EXPECT_EQ(overriding.Initialize(Json(R"({"xi": 5})")), 0);
+  EXPECT_EQ(overriding.Initialize(Json(R"({"xi": 5, "xo": [{"a": 1}]})")), 0);
   const ConfigLoad& loader = overriding;
   EXPECT_EQ(loader.GetInt("i"), 5);
+  EXPECT_NE(loader.GetObject("o"), nullptr);
+  EXPECT_EQ(loader.GetArrayObject("o").size(), 1U);
 }
 
 TEST(Log, WritesBaseNameLineFunctionAndMessage) {
