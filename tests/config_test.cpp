@@ -116,9 +116,11 @@ TEST(ConfigLoad, ReadsEachKindOfValueOnlyWithTheGetterForIt) {
   for (const auto& [value, found] : ReadCases("values.txt")) {
     SCOPED_TRACE(value);
     const std::string object = "{\"k\": " + value + R"(, "k": 9, "": 9})";
-    EXPECT_EQ(CallGetters(*Load(object), "k"), found);
-    const auto loader = Load("{\"object\": " + object + "}");
-    EXPECT_EQ(CallGetters(*loader, "k", loader->GetObject("object")), found);
+    const auto flat = Load(object);
+    const auto nested = Load("{\"object\": " + object + "}");
+    ASSERT_TRUE(flat != nullptr && nested != nullptr);
+    EXPECT_EQ(CallGetters(*flat, "k"), found);
+    EXPECT_EQ(CallGetters(*nested, "k", nested->GetObject("object")), found);
   }
 }
 
@@ -214,6 +216,7 @@ TEST(ConfigLoad, ReadsPipes) {
   close(ends[1]);
   const std::string path = "/proc/self/fd/" + std::to_string(ends[0]);
   const std::unique_ptr<ConfigLoad> loader(CreateObject({kConfigFileTypeJson, path}));
+  ASSERT_NE(loader, nullptr);
   EXPECT_EQ(loader->GetInt("k"), 1);
   close(ends[0]);
 }
