@@ -6,7 +6,7 @@
 
 namespace {
 
-// An exponent of so many digits does not overflow in any text below 2 GB.
+// With the decimals that the loader lets through, an exponent of so many digits cannot overflow.
 constexpr std::size_t kSafeDigits = 8;
 
 bool IsDigit(char byte) { return '0' <= byte && byte <= '9'; }

@@ -1,4 +1,4 @@
-# Run by cpack on the files that it is about to pack: what Debian's policy asks besides.
+# Run by cpack before it packs: adds what Debian's policy asks for.
 set(usr ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr)
 
 file(COPY ${CMAKE_CURRENT_LIST_DIR}/changelog ${CMAKE_CURRENT_LIST_DIR}/copyright

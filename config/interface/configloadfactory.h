@@ -9,7 +9,7 @@
 #include "log/sarviksystemlog.h"
 
 // Returns a loader that has read `data.filePath`, or null, with a line in the log, when the file
-// type is unknown or the file cannot be opened or is malformed. The caller owns the loader.
+// type is unknown or the file cannot be loaded. The caller owns the loader.
 // Static, because it logs through its own source file's copy of the log function.
 static inline ConfigLoad* CreateObject(ConfigLoadCreateData data) {
   if (data.fileType == kConfigFileTypeJson) return ConfigLoadJson::Create(std::move(data));
