@@ -1,10 +1,8 @@
 #include "config/configloadjson.h"
 
 #include <android/log.h>
-#include <rapidjson/document.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -15,16 +13,12 @@
 #include <vector>
 
 #include "config/interface/configload.h"
-#include "config/jsonexponents.h"
+#include "config/jsondocument.h"
 #include "log/sarviksystemlog.h"
 
 namespace {
 
-using Value = rapidjson::Value;
-
-// The parser counts the zeros after a decimal point in an int and adds the exponent to it. A text
-// with so many zeros in a row is refused, because the sum could overflow.
-constexpr int kTooManyZeros = 200'000'000;
+using Value = JsonDocument::ValueType;
 
 const Value* FromHandle(const void* handle) { return static_cast<const Value*>(handle); }
 
@@ -64,7 +58,8 @@ int32_t ReadArray(const Value* object, const std::string& key, std::vector<Resul
   return values.empty() ? kConfigError : kConfigOk;
 }
 
-// Logs a failure on behalf of the getter that calls it, except for an empty key. Returns `status`.
+// Logs a failure, except for an empty key, on behalf of its caller: the default arguments are the
+// name and the line of the getter that calls it. Returns `status`.
 int32_t LogIfFailed(int32_t status, const std::string& key,
                     const char* getter = __builtin_FUNCTION(), int line = __builtin_LINE()) {
   if (status != kConfigOk && !key.empty()) {
@@ -113,26 +108,12 @@ int32_t ConfigLoadJson::Initialize(ConfigLoadCreateData data) {
   }
   try {
     const int32_t status = ReadFile(data.filePath);
-    return status == kConfigOk ? Parse() : status;
+    if (status != kConfigOk) return status;
+    return document.Parse(content.c_str()) ? kConfigOk : kConfigError;
   } catch (const std::exception&) {
-    // std::bad_alloc or std::length_error: the text does not fit into memory.
+    // std::bad_alloc or std::length_error: the file does not fit into memory.
     return kConfigError;
   }
-}
-
-int32_t ConfigLoadJson::Parse() {
-  if (std::search_n(content.begin(), content.end(), kTooManyZeros, '0') != content.end()) {
-    return kConfigError;
-  }
-  // This flag accepts the same texts as no flag at all, with the same values. Without it the parser
-  // recurses once per nesting level, and a deep enough text overflows the stack.
-  constexpr unsigned kFlags = rapidjson::kParseIterativeFlag;
-  if (HasLongNegativeExponent(content)) {
-    document.Parse<kFlags>(WithoutLongNegativeExponents(content).c_str());
-  } else {
-    document.Parse<kFlags>(content.c_str());
-  }
-  return document.HasParseError() ? kConfigError : kConfigOk;
 }
 
 int32_t ConfigLoadJson::ReadFile(const std::string& path) {

@@ -2,13 +2,12 @@
 
 #pragma once
 
-#include <rapidjson/document.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "config/interface/configload.h"
+#include "config/jsondocument.h"
 
 class ConfigLoadJson : public ConfigLoad {
  public:
@@ -55,11 +54,6 @@ class ConfigLoadJson : public ConfigLoad {
   // `content` stays as it was.
   int32_t ReadFile(const std::string& path);
 
-  // Parses `content` into `document`, which stays as it was when the text is malformed. Throws when
-  // a copy of the text does not fit into memory. RapidJSON's allocator does not check, so a
-  // document that does not fit ends the process.
-  int32_t Parse();
-
   std::string content;  // the file, byte for byte
-  rapidjson::Document document;
+  JsonDocument document;
 };

@@ -1,6 +1,6 @@
 // Diagnostics for the Android log, one line a message under the tag "[SARVIKSYS]":
 //
-//   configloadjson.cpp:201 GetInt() Failed to get key: width
+//   configloadjson.cpp:LINE GetInt() Failed to get key: width
 //
 // Nothing of them reaches standard output or standard error. A message is written when the
 // threshold, the system property "persist.vendor.camera.sarviksystem.loglevel", is not above its

@@ -4,7 +4,7 @@
 // Rules that all operations share:
 //  - A status is 0 for success or one of the statuses below.
 //  - A key ends at its first zero byte and is compared byte for byte; of two members with one name
-//    the first wins. An empty key always fails.
+//    the first wins. An empty key always fails; one that begins with a zero byte is not empty.
 //  - An int is a number without fraction or exponent in 32-bit range; a float is one with fraction
 //    or exponent (or beyond 64-bit range) within +-3.4028234e38. Neither is read as the other.
 //  - A string ends at its first zero byte.
@@ -67,8 +67,10 @@ class ConfigLoad {
 
   // Reads and parses a file. On failure the values read before stay readable. Returns
   // kConfigNotFound when the file cannot be opened; kConfigError when it is of an unknown type,
-  // cannot be read, is malformed, holds a number beyond a double or 200,000,000 zeros in a row, or
-  // when its text does not fit into memory. A document that does not fit ends the process.
+  // cannot be read, is malformed, or does not fit into memory. A text of more than UINT32_MAX bytes
+  // is refused as well, and one that holds 200,000,000 zeros in a row, an integer beyond a double,
+  // or an exponent above 308 plus the count of the decimals before it. The memory of what was read
+  // before is freed with the loader.
   virtual int32_t Initialize(ConfigLoadCreateData data) = 0;
 
   // Top-level scalars. `value` is always written: what was found, or else `defaultValue`, with
