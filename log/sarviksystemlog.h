@@ -3,9 +3,9 @@
 //   configloadjson.cpp:LINE GetInt() Failed to get key: width
 //
 // Nothing of them reaches standard output or standard error. A message is written when the
-// threshold, the system property "persist.vendor.camera.sarviksystem.loglevel", is not above its
-// level, and always with error priority. Each source file reads the property once, at its first
-// message; unset or not an integer, it counts as 4.
+// threshold is at most the message's level; the priority is always error. The threshold is the
+// system property "persist.vendor.camera.sarviksystem.loglevel", or 4 when that is unset or not an
+// integer. Each source file reads it once, at its first message.
 
 #pragma once
 

@@ -1,7 +1,6 @@
 // Command line to catalogue entry, whose parser fills the record.
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdio>
 #include <regex>
 #include <string>
@@ -15,19 +14,14 @@ namespace {
 
 bool IsLetter(char byte) { return ('a' <= byte && byte <= 'z') || ('A' <= byte && byte <= 'Z'); }
 
-// The letters after the leftmost two hyphens that a letter follows; empty when there are none.
+// The letters after the first "--" that is followed by a letter; empty when there is none.
 std::string FindCommandName(const std::string& word) {
-  const std::regex commandName("--([a-zA-Z]+)");
-  for (std::size_t hyphens = word.find("--"); hyphens != std::string::npos;
-       hyphens = word.find("--", hyphens + 1)) {
-    // libstdc++ matches recursively, one frame per letter, and a long name would overflow the
-    // stack. So the expression sees one letter, and the others are counted here.
-    if (std::regex_match(word.substr(hyphens, 3), commandName)) {
-      const auto name = word.begin() + static_cast<std::ptrdiff_t>(hyphens) + 2;
-      return {name, std::find_if_not(name, word.end(), IsLetter)};
-    }
-  }
-  return "";
+  // libstdc++ matches recursively, one frame per letter, and a long name would overflow the stack.
+  // So the expression ends with the first letter, and the others are counted here.
+  std::smatch found;
+  if (!std::regex_search(word, found, std::regex("--[a-zA-Z]"))) return "";
+  const auto name = found[0].second - 1;
+  return {name, std::find_if_not(name, word.end(), IsLetter)};
 }
 
 }  // namespace
@@ -51,9 +45,8 @@ int QORDEXImpl::ParseArguments(int argc, char** argv, QORDEXMessageString& recor
   }
 
   CmdOption& option = found->second;
-  const int argumentCount = std::max(argc - 3, 0);
-  if (argumentCount < option.minArgs) return kStatusTooFewArguments;
+  if (argc - 3 < option.minArgs) return kStatusTooFewArguments;
 
-  option.args.insert(option.args.end(), argv + argc - argumentCount, argv + argc);
+  for (int i = 3; i < argc; ++i) option.args.emplace_back(argv[i]);
   return option.parser(&option, record);
 }

@@ -25,7 +25,7 @@ constexpr char kUsage[] =
 bool IsHelpConfigArg(std::string arg) { return std::regex_match(arg, std::regex("-{1,2}help")); }
 
 // Opens /dev/null on each of descriptors 0 to 2 that the caller has closed. Otherwise the socket
-// would get that number, and what is printed would go to the service.
+// would get that number, and output longer than the stream's buffer would reach the service.
 void OccupyStandardStreams() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
     if (fcntl(fd, F_GETFD) == -1) open("/dev/null", O_RDWR);
@@ -54,8 +54,7 @@ int RunCommand(int argc, char** argv, QORDEXMessageString& record) {
 
 int main(int argc, char** argv) {
   QORDEXMessageString record = {};
-  // A send to a service that has gone then fails with a message, and output that nobody reads is
-  // dropped. By default either would end the program.
+  // A write to a closed socket or pipe then fails instead of ending the program.
   std::signal(SIGPIPE, SIG_IGN);
   OccupyStandardStreams();
 

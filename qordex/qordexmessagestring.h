@@ -1,6 +1,6 @@
-// What both ends of the socket agree on besides the schema: its path, and the record that carries
-// one serialized message in either direction. The record is always sent whole; its fixed size is
-// the only framing. Both ends run on one device, so the integers are in the host's byte order.
+// The socket's path, and the record that carries one serialized message in either direction. The
+// record is always sent whole; its fixed size is the only framing. Both ends run on one device, so
+// the integers are in the host's byte order.
 
 #pragma once
 

@@ -1,7 +1,6 @@
 // Reply record to text: plain lines, text boxes and tables.
 
 #include <algorithm>
-#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -42,11 +41,8 @@ std::size_t LongestLength(const std::vector<std::string>& texts) {
   return longest;
 }
 
-// The width of a box or a column: 4 bytes more than its longest text. Widths are ints; a text too
-// long for that is printed without padding.
-int PaddedWidth(std::size_t longest) {
-  return static_cast<int>(std::min<std::size_t>(longest + 4, INT_MAX));
-}
+// The width of a box or a column: 4 bytes more than its longest text.
+int PaddedWidth(std::size_t longest) { return static_cast<int>(longest) + 4; }
 
 void PrintCells(const std::vector<std::string>& cells, int width) {
   for (const std::string& cell : cells) std::printf("%s", Center(cell, width, ' ').c_str());
@@ -59,26 +55,23 @@ int QORDEXImpl::PrintReply(const QORDEXMessageString& reply) {
   if (reply.length < 0 || reply.length > capacity) return RejectReply();
 
   QORDEXMessage message;
-  const bool isDecoded = message.ParseFromArray(reply.data, reply.length);
-  if (!isDecoded || message.cmds().empty()) return kStatusOk;
+  if (!message.ParseFromArray(reply.data, reply.length) || message.cmds().empty()) return kStatusOk;
 
   const QORDEXMessage::QDXCmd& first = message.cmds(0);
   const bool isTyped = Text(first.options()) == "type";
-  if (message.cmds_size() == 1) {
-    if (isTyped) return kStatusOk;
+  const bool isSingle = message.cmds_size() == 1;
+  if (isSingle && !isTyped) {
     for (const std::string& line : Lines(first)) std::puts(line.c_str());
-    return kStatusOk;
   }
-  if (!isTyped) return kStatusOk;
+  if (isSingle || !isTyped) return kStatusOk;
 
   if (first.arguments().empty()) return RejectReply();
   const std::string typeWord = Text(first.arguments(0));
-  const bool isTable = typeWord == "list";
-  if (!isTable && typeWord != "string") return kStatusOk;
   for (int i = 1; i < message.cmds_size(); ++i) {
     const std::string title = Text(message.cmds(i).options());
     const std::vector<std::string> lines = Lines(message.cmds(i));
-    isTable ? PrintList(title, lines) : PrintString(title, lines);
+    if (typeWord == "string") PrintString(title, lines);
+    if (typeWord == "list") PrintList(title, lines);
   }
   return kStatusOk;
 }
@@ -111,8 +104,7 @@ int QORDEXImpl::PrintList(const std::string& title, const std::vector<std::strin
   if (header.size() != rows.front().size()) return 0;
 
   const int width = PaddedWidth(longest);
-  // Not by Center: the width of all columns together need not fit an int.
-  const std::string rule(header.size() * static_cast<std::size_t>(width), '-');
+  const std::string rule = Center("", static_cast<int>(header.size()) * width, '-');
   std::puts(rule.c_str());
   PrintCells(header, width);
   std::printf("\n%s\n", rule.c_str());
