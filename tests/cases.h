@@ -1,5 +1,5 @@
-// Cases in a file of tests/cases: an input, of which further lines are indented, and each line
-// expected after a "|". Another "|" shows where one ends in a space.
+// Reads cases from a file of tests/cases. A case is an input, whose further lines are indented, and
+// the output expected for it: what follows a "|" on a line. A "|" at a line's end marks a space.
 
 #pragma once
 

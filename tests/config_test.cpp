@@ -38,14 +38,6 @@ std::string logged;  // without the line numbers of the loader
 
 std::string TakeLog() { return std::exchange(logged, ""); }
 
-// Line `number` of a file of the loader, or of one that is not there.
-std::string SourceLine(const std::string& name, const std::string& number) {
-  std::ifstream file(CASES "/../../config/" + name);
-  std::string line;
-  for (int i = std::stoi(number); i > 0 && std::getline(file, line); --i) continue;
-  return line;
-}
-
 }  // namespace
 
 // In place of the platform's function: of a static library the linker takes only what the program
@@ -59,27 +51,31 @@ int __android_log_print(int priority, const char* tag, const char* format, ...) 
   std::string line = va_arg(arguments, const char*);
   va_end(arguments);
   std::smatch parts;
-  if (std::regex_match(line, parts, std::regex("(configload[a-z.]*):([0-9]+)( .*)"))) {
-    const std::string source =
-        SourceLine(parts[1], parts[2]) + SourceLine("interface/" + parts[1].str(), parts[2]);
-    EXPECT_TRUE(std::regex_search(source, std::regex("SARVIK_LOG_ERROR\\(|LogIfFailed\\(")))
-        << line;
+  if (std::regex_match(line, parts, std::regex("(config[a-z.]*):([0-9]+)( .*)"))) {
+    std::ifstream source(CASES "/../../config/" + parts[1].str());
+    std::string text;
+    for (int i = std::stoi(parts[2]); i > 0 && std::getline(source, text); --i) continue;
+    EXPECT_TRUE(!source || std::regex_search(text, std::regex("LOG_ERROR|LogIf"))) << line;
     line = parts[1].str() + parts[3].str();
   }
   logged += line + "\n";
   return 1;
 }
 
-// In place of libc's: "broken" is a file that fails in its middle.
+// In place of libc's: in "broken" and in "stream", whose size is unknown, two blocks can be read.
 extern "C" FILE* fopen(const char* path, const char* mode) {
-  if (path != std::string("broken")) return fdopen(open(path, O_RDONLY | O_CLOEXEC), mode);
-  const auto read = [](void* /*cookie*/, char* buffer, std::size_t size) -> ssize_t {
-    static int blocks = 0;
+  if (path[0] == '/') return fdopen(open(path, O_RDONLY | O_CLOEXEC), mode);
+  static int blocks;
+  blocks = 0;
+  const auto read = [](void* isBroken, char* buffer, std::size_t size) -> ssize_t {
+    if (++blocks > 2) return isBroken == nullptr ? 0 : -1;
     std::memset(buffer, ' ', size);
-    std::memcpy(buffer, "{}", 2);
-    return blocks++ == 0 ? static_cast<ssize_t>(size) : -1;
+    std::memcpy(buffer, blocks == 1 ? R"({"k":)" : "1}", blocks == 1 ? 5 : 2);
+    return static_cast<ssize_t>(size);
   };
-  return fopencookie(nullptr, mode, {read, nullptr, nullptr, nullptr});
+  static char broken[] = "broken";
+  return fopencookie(path == std::string(broken) ? broken : nullptr, mode,
+                     {read, nullptr, nullptr, nullptr});
 }
 
 namespace {
@@ -138,15 +134,18 @@ std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle
   std::string found;
   std::string log;
   const auto add = [&](const std::string& getter, int32_t status, const auto& value,
-                       const auto& fallback) {
+                       const auto& fallback, const auto& withoutStatus) {
+    const bool isTopLevel = sizeof...(object) == 0;
     if (status == kConfigOk) {
       found += getter + " " + Text(value) + "\n";
+      EXPECT_TRUE(!isTopLevel || withoutStatus == value) << getter;
       return;
     }
     EXPECT_EQ(status, kConfigError) << getter;
     EXPECT_EQ(value, fallback) << getter;
-    if (sizeof...(object) == 0 || key.empty()) return;
-    log += "configloadjson.cpp " + getter + "() Failed to get key: " + key + "\n";
+    EXPECT_TRUE(!isTopLevel || withoutStatus == std::decay_t<decltype(value)>()) << getter;
+    if (!isTopLevel && !key.empty())
+      log += "configloadjson.cpp " + getter + "() Failed to get key: " + key + "\n";
   };
   int32_t i = 1;
   float f = 1.0F;
@@ -154,12 +153,15 @@ std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle
   std::vector<int32_t> is = {1};
   std::vector<float> fs = {1.0F};
   std::vector<std::string> ss = {"before"};
-  add("GetInt", loader.GetInt(object..., key, i, -7), i, -7);
-  add("GetFloat", loader.GetFloat(object..., key, f, -7.5F), f, -7.5F);
-  add("GetString", loader.GetString(object..., key, s, "default"), s, "default");
-  add("GetIntArray", loader.GetIntArray(object..., key, is), is, decltype(is)());
-  add("GetFloatArray", loader.GetFloatArray(object..., key, fs), fs, decltype(fs)());
-  add("GetStringArray", loader.GetStringArray(object..., key, ss), ss, decltype(ss)());
+  add("GetInt", loader.GetInt(object..., key, i, -7), i, -7, loader.GetInt(key));
+  add("GetFloat", loader.GetFloat(object..., key, f, -7.5F), f, -7.5F, loader.GetFloat(key));
+  add("GetString", loader.GetString(object..., key, s, "-"), s, "-", loader.GetString(key));
+  add("GetIntArray", loader.GetIntArray(object..., key, is), is, decltype(is)(),
+      loader.GetIntArray(key));
+  add("GetFloatArray", loader.GetFloatArray(object..., key, fs), fs, decltype(fs)(),
+      loader.GetFloatArray(key));
+  add("GetStringArray", loader.GetStringArray(object..., key, ss), ss, decltype(ss)(),
+      loader.GetStringArray(key));
   EXPECT_EQ(TakeLog(), log);
   return found;
 }
@@ -212,32 +214,22 @@ TEST(ConfigLoad, FailsForKeysAndHandlesThatLeadNowhere) {
       EXPECT_EQ(CallGetters(*loader, key, object), "");
     }
   }
-}
-
-TEST(ConfigLoad, EndsKeysAtTheirFirstZeroByte) {
-  const auto loader = Load(R"({"": 1, "name": 5})");
   EXPECT_EQ(loader->GetInt("name\0x"s), 5);
   EXPECT_EQ(loader->GetInt("\0x"s), 1) << "such a key is not empty";
 }
 
-TEST(ConfigLoad, HandsOutHandlesToValuesOfAnyKind) {
+TEST(ConfigLoad, HandsOutHandlesToValuesOfAnyKindAndNullForAMissingKey) {
   const auto loader = Load(R"({"n": 5, "o": {"x": {"y": 1}}})");
-  const void* handle = nullptr;
-  EXPECT_EQ(loader->GetObject("n", &handle), 0);
-  EXPECT_NE(handle, nullptr);
-  EXPECT_EQ(loader->GetObject(loader->GetObject("o"), "x", &handle), 0);
-  EXPECT_EQ(CallGetters(*loader, "m", handle), "");
-  EXPECT_EQ(CallGetters(*loader, "y", handle), "GetInt 1\n");
-}
-
-TEST(ConfigLoad, HandsOutNullForAMissingKeyAndNothingForAnEmptyOne) {
-  const auto loader = Load(R"({"n": 5, "o": {}})");
   const void* const untouched = loader.get();
   const void* handle = untouched;
   EXPECT_EQ(loader->GetObject("", &handle), 4);
   EXPECT_EQ(loader->GetObject(nullptr, "", &handle), 4);
   EXPECT_EQ(handle, untouched);
   EXPECT_EQ(TakeLog(), kGetObject + "key is empty\n" + kGetObject + "Failed to get key: \n");
+  EXPECT_EQ(loader->GetObject("n", &handle), 0);
+  EXPECT_NE(handle, nullptr);
+  EXPECT_EQ(loader->GetObject(loader->GetObject("o"), "x", &handle), 0);
+  EXPECT_EQ(CallGetters(*loader, "y", handle), "GetInt 1\n");
   EXPECT_EQ(loader->GetObject("m", &handle), 12);
   EXPECT_EQ(handle, nullptr);
   EXPECT_EQ(TakeLog(), kGetObject + "key is not found: m\n");
@@ -259,14 +251,11 @@ TEST(ConfigLoad, ReadsArraysOfObjectsIntoRows) {
     }
     EXPECT_EQ(rows, expected) << value;
   }
+  EXPECT_EQ(Text(Config("n", "text")) + Text(Config("n", 0)), R"(n:3="text"n:1=0)");
+  static_assert(!std::is_constructible_v<Data, const void*>);
   EXPECT_TRUE(Load("[{}]")->GetArrayObject("k").empty());
   EXPECT_TRUE(Load("{}")->GetArrayObject("").empty());
   EXPECT_EQ(TakeLog(), kGetObject + "key is not found: k\n" + kGetObject + "key is empty\n");
-}
-
-TEST(ConfigLoad, TakesATextForAStringAndNoOtherPointer) {
-  EXPECT_EQ(Text(Config("n", "text")) + Text(Config("n", 0)), R"(n:3="text"n:1=0)");
-  static_assert(!std::is_constructible_v<Data, const void*>);
 }
 
 TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
@@ -286,25 +275,11 @@ TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
   }
 }
 
-TEST(ConfigLoad, ReadsValuesThatNestDeeply) {
-  for (const int levels : {255, 256, 257, 1000}) {
-    const auto loader = Load(Repeat(R"({"k": )", levels) + "5" + Repeat("}", levels));
-    const void* object = loader->GetObject("k");
-    for (int level = 2; level < levels; ++level) loader->GetObject(object, "k", &object);
-    EXPECT_EQ(CallGetters(*loader, "k", object), "GetInt 5\n") << levels;
-  }
-}
-
 TEST(ConfigLoad, LimitsZerosInARowUpToTheEndOfTheText) {
-  std::string text(200'000'000, '0');
-  text[0] = text.back() = '"';
-  EXPECT_NE(Load(text), nullptr);
-  text.replace(0, 2, "{}\0"s);
-  EXPECT_NE(Load(text), nullptr);
-  text.replace(0, 3, "0.");
-  text.back() = '0';
-  EXPECT_NE(Load(text), nullptr);
-  EXPECT_EQ(Load(text + "00"), nullptr);
+  const std::string zeros(200'000'000, '0');
+  EXPECT_EQ(Load("0." + zeros), nullptr);
+  EXPECT_NE(Load("0." + zeros.substr(1)), nullptr);
+  EXPECT_NE(Load("{}\0"s + zeros), nullptr);
   EXPECT_EQ(TakeLog(), kNotCreated);
 }
 
@@ -325,32 +300,20 @@ TEST(JsonDocument, ShortensNegativeExponents) {
   }
 }
 
-TEST(ConfigLoad, ReadsPipes) {
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  // More than one read finds.
-  const std::string text = std::string(200000, ' ') + R"({"k": 1})";
-  EXPECT_GT(fcntl(ends[1], F_SETPIPE_SZ, text.size()), 0);
-  EXPECT_EQ(write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
-  close(ends[1]);
-  const std::string path = "/proc/self/fd/" + std::to_string(ends[0]);
-  const std::unique_ptr<ConfigLoad> loader(CreateObject({kConfigFileTypeJson, path}));
+TEST(ConfigLoad, ReadsFilesOfUnknownSize) {
+  const std::unique_ptr<ConfigLoad> loader(CreateObject({kConfigFileTypeJson, "stream"}));
   ASSERT_NE(loader, nullptr);
   EXPECT_EQ(loader->GetInt("k"), 1);
-  close(ends[0]);
 }
 
 TEST(ConfigLoad, KeepsItsValuesWhenItIsInitialisedAgainInVain) {
   const auto loader = Load(R"({"k": 1})");
   for (const auto& [data, status] : std::vector<std::pair<ConfigLoadCreateData, int32_t>>{
            {{kConfigFileTypeJson, "/nonexistent"}, 12},
-           {{kConfigFileTypeJson, ""}, 12},
+           {{kConfigFileTypeJson, "/x/"}, 12},
            {{kConfigFileTypeJson, "/"}, 4},
            {{kConfigFileTypeJson, "/proc/self/mem"}, 4},
            {{kConfigFileTypeJson, "broken"}, 4},
-#ifndef __SANITIZE_ADDRESS__  // it ends the process for want of memory
-           {Json("{}", INT64_MAX / 4), 4},
-#endif
            {Json("{}", INT64_MAX), 4},
            {Json("{"), 4}}) {
     EXPECT_EQ(loader->Initialize(data), status) << data.filePath;
@@ -372,20 +335,6 @@ TEST(ConfigLoad, RefusesOtherFileTypes) {
                 kNotCreated);
 }
 
-TEST(ConfigLoad, GivesValuesWithoutAStatus) {
-  const auto loader = Load(R"({"i": 5, "f": 2.5, "s": "x", "is": [5], "fs": [2.5], "ss": ["x"]})");
-  EXPECT_EQ(loader->GetInt("i"), 5);
-  EXPECT_EQ(loader->GetFloat("f"), 2.5F);
-  EXPECT_EQ(loader->GetString("s"), "x");
-  EXPECT_EQ(loader->GetIntArray("is"), std::vector{5});
-  EXPECT_EQ(loader->GetFloatArray("fs"), std::vector{2.5F});
-  EXPECT_EQ(loader->GetStringArray("ss"), std::vector{"x"s});
-  EXPECT_EQ(loader->GetInt("f"), 0);
-  EXPECT_EQ(loader->GetFloat("i"), 0.0F);
-  EXPECT_EQ(loader->GetString("i"), "");
-  EXPECT_EQ(TakeLog(), "");
-}
-
 TEST(ConfigLoad, TakesItsResultsPlaceAsTheKey) {
   const auto loader = Load(R"({"s": "found", "ss": ["found"]})");
   std::string value = "s";
@@ -395,61 +344,38 @@ TEST(ConfigLoad, TakesItsResultsPlaceAsTheKey) {
   EXPECT_EQ(value + values[0], "foundfound");
 }
 
-// Overrides all getters that those without a status call.
+// Overrides what those without a status call: every key gives the values below.
 class Overriding : public ConfigLoadJson {
  public:
-  using ConfigLoadJson::GetFloatArray, ConfigLoadJson::GetIntArray, ConfigLoadJson::GetStringArray;
-  using ConfigLoadJson::GetInt, ConfigLoadJson::GetFloat, ConfigLoadJson::GetString;
-  using ConfigLoadJson::GetObject;
+  using ConfigLoadJson::GetFloat, ConfigLoadJson::GetFloatArray, ConfigLoadJson::GetInt;
+  using ConfigLoadJson::GetIntArray, ConfigLoadJson::GetString, ConfigLoadJson::GetStringArray;
   using Key = const std::string&;
-  template <typename T>
-  using Values = std::vector<T>;
+  using Texts = std::vector<std::string>;
+  int32_t GetInt(Key, int32_t& v, int32_t) const override { return v = 5, kConfigOk; }
+  int32_t GetFloat(Key, float& v, float) const override { return v = 2.5F, kConfigOk; }
+  int32_t GetString(Key, std::string& v, std::string) const override { return v = "x", kConfigOk; }
+  int32_t GetIntArray(Key, std::vector<int32_t>& v) const override { return v = {5}, kConfigOk; }
+  int32_t GetFloatArray(Key, std::vector<float>& v) const override { return v = {5}, kConfigOk; }
+  int32_t GetStringArray(Key, Texts& v) const override { return v = {"x"}, kConfigOk; }
+  int32_t GetObject(Key, const void** handle) const override { return *handle = this, kConfigOk; }
+  const void* GetObject(Key) const override { return rows; }
+  int32_t GetObject(const void*, Key, const void**) const override { return kConfigError; }
 
-  int32_t GetInt(Key, int32_t& value, int32_t) const override { return Give(value, 5); }
-  int32_t GetFloat(Key, float& value, float) const override { return Give(value, 2.5F); }
-  int32_t GetString(Key, std::string& value, std::string) const override {
-    return Give(value, "x"s);
-  }
-  int32_t GetIntArray(Key, Values<int32_t>& values) const override { return Give(values, {5}); }
-  int32_t GetFloatArray(Key, Values<float>& values) const override { return Give(values, {2.5F}); }
-  int32_t GetStringArray(Key, Values<std::string>& values) const override {
-    return Give(values, {"x"});
-  }
-  int32_t GetObject(Key, const void** handle) const override {
-    return ConfigLoadJson::GetObject("rows", handle);
-  }
-
- private:
-  template <typename T>
-  static int32_t Give(T& value, const T& given) {
-    value = given;
-    return kConfigOk;
-  }
+  const void* rows = nullptr;
 };
 
 TEST(ConfigLoad, GivesWithoutAStatusWhatAnOverridingClassGivesWithOne) {
   Overriding overriding;
-  EXPECT_EQ(overriding.Initialize(Json(R"({"rows": [{"a": 1}]})")), 0);
+  EXPECT_EQ(overriding.Initialize(Json(R"({"rows": [{"a": 1}]})")), kConfigOk);
+  overriding.ConfigLoadJson::GetObject("rows", &overriding.rows);
   const ConfigLoad& loader = overriding;
   EXPECT_EQ(loader.GetInt("k"), 5);
   EXPECT_EQ(loader.GetFloat("k"), 2.5F);
   EXPECT_EQ(loader.GetString("k"), "x");
   EXPECT_EQ(loader.GetIntArray("k"), std::vector{5});
-  EXPECT_EQ(loader.GetFloatArray("k"), std::vector{2.5F});
+  EXPECT_EQ(loader.GetFloatArray("k"), std::vector{5.0F});
   EXPECT_EQ(loader.GetStringArray("k"), std::vector{"x"s});
-  EXPECT_NE(loader.GetObject("k"), nullptr);
-  EXPECT_EQ(loader.GetArrayObject("k").size(), 1U);
-}
-
-TEST(ConfigLoad, ReadsRowsFromTheHandleThatAnOverridingClassGives) {
-  struct OverridingHandle : ConfigLoadJson {
-    using ConfigLoadJson::GetObject;
-    const void* GetObject(const std::string& key) const override {
-      return ConfigLoadJson::GetObject("x" + key);
-    }
-  };
-  OverridingHandle loader;
-  EXPECT_EQ(loader.Initialize(Json(R"({"xk": [{"a": 1}]})")), 0);
+  EXPECT_EQ(overriding.ConfigLoadJson::GetObject("k"), &overriding);
   EXPECT_EQ(loader.GetArrayObject("k").size(), 1U);
 }
 
@@ -481,19 +407,21 @@ TEST(Log, KeepsTheThresholdOfItsFirstMessage) {
 }
 
 TEST(Property, IsAnIntegerOf32BitsOrTheDefault) {
-  const auto read = [](const char* text) {
-    setenv(kThreshold, text, 1);
-    return property_get_int32(kThreshold, 5);
-  };
   EXPECT_EQ(property_get_int32(kThreshold, 5), 5);
-  EXPECT_EQ(read("6"), 6);
-  EXPECT_EQ(read("0x7"), 7);
-  EXPECT_EQ(read("010"), 8);
-  EXPECT_EQ(read("2147483647"), INT32_MAX);
-  EXPECT_EQ(read("-2147483648"), INT32_MIN);
-  for (const char* text :
-       {"", "7x", "2147483648", "-2147483649", "4294967303", "99999999999999999999"}) {
-    EXPECT_EQ(read(text), 5) << text;
+  for (const auto& [text, value] :
+       std::vector<std::pair<const char*, int32_t>>{{"6", 6},
+                                                    {"0x7", 7},
+                                                    {"010", 8},
+                                                    {"2147483647", INT32_MAX},
+                                                    {"-2147483648", INT32_MIN},
+                                                    {"", 5},
+                                                    {"7x", 5},
+                                                    {"2147483648", 5},
+                                                    {"-2147483649", 5},
+                                                    {"4294967303", 5},
+                                                    {"99999999999999999999", 5}}) {
+    setenv(kThreshold, text, 1);
+    EXPECT_EQ(property_get_int32(kThreshold, 5), value) << text;
   }
   unsetenv(kThreshold);
 }
