@@ -193,15 +193,11 @@ TEST(Client, ReportsASendToALinkThatIsBrokenAlready) {
   std::signal(SIGPIPE, handler);
 }
 
-TEST(Client, ClosesTheSocketThatFindsNoService) {
+TEST(Client, ClosesASocketThatFindsNoServiceAndReportsOneThatCannotBeCreated) {
   const int before = dup(STDIN_FILENO);
+  // A sanitizer, too, opens descriptors when it checks an object of a class for the first time.
   EXPECT_EQ(QORDEX::Create({"/nonexistent", kConfigPath}), nullptr);
   EXPECT_EQ(dup(STDIN_FILENO), before + 1);
-}
-
-TEST(Client, ReportsASocketThatCannotBeCreated) {
-  // A sanitizer opens descriptors when it checks an object of a class for the first time.
-  QORDEX::Create({"/nonexistent", kConfigPath});
   rlimit limit = {};
   getrlimit(RLIMIT_NOFILE, &limit);
   const rlimit none = {0, limit.rlim_max};

@@ -38,48 +38,6 @@ std::string logged;  // without the line numbers of the loader
 
 std::string TakeLog() { return std::exchange(logged, ""); }
 
-}  // namespace
-
-// In place of the platform's function: of a static library the linker takes only what the program
-// does not define itself.
-int __android_log_print(int priority, const char* tag, const char* format, ...) {
-  EXPECT_EQ(priority, ANDROID_LOG_ERROR);
-  EXPECT_STREQ(tag, "[SARVIKSYS]");
-  EXPECT_STREQ(format, "%s");
-  va_list arguments;
-  va_start(arguments, format);
-  std::string line = va_arg(arguments, const char*);
-  va_end(arguments);
-  std::smatch parts;
-  if (std::regex_match(line, parts, std::regex("(config[a-z.]*):([0-9]+)( .*)"))) {
-    std::ifstream source(CASES "/../../config/" + parts[1].str());
-    std::string text;
-    for (int i = std::stoi(parts[2]); i > 0 && std::getline(source, text); --i) continue;
-    EXPECT_TRUE(!source || std::regex_search(text, std::regex("LOG_ERROR|LogIf"))) << line;
-    line = parts[1].str() + parts[3].str();
-  }
-  logged += line + "\n";
-  return 1;
-}
-
-// In place of libc's: in "broken" and in "stream", whose size is unknown, two blocks can be read.
-extern "C" FILE* fopen(const char* path, const char* mode) {
-  if (path[0] == '/') return fdopen(open(path, O_RDONLY | O_CLOEXEC), mode);
-  static int blocks;
-  blocks = 0;
-  const auto read = [](void* isBroken, char* buffer, std::size_t size) -> ssize_t {
-    if (++blocks > 2) return isBroken == nullptr ? 0 : -1;
-    std::memset(buffer, ' ', size);
-    std::memcpy(buffer, blocks == 1 ? R"({"k":)" : "1}", blocks == 1 ? 5 : 2);
-    return static_cast<ssize_t>(size);
-  };
-  static char broken[] = "broken";
-  return fopencookie(path == std::string(broken) ? broken : nullptr, mode,
-                     {read, nullptr, nullptr, nullptr});
-}
-
-namespace {
-
 constexpr char kThreshold[] = "persist.vendor.camera.sarviksystem.loglevel";
 const std::string kNotCreated = "configloadjson.cpp Create() Failed to initialize ConfigLoadJson\n";
 const std::string kGetObject = "configloadjson.cpp GetObject() ";
@@ -204,8 +162,8 @@ TEST(ConfigLoad, ReadsEachKindOfValueOnlyWithTheGetterForIt) {
   }
 }
 
-TEST(ConfigLoad, FailsForKeysAndHandlesThatLeadNowhere) {
-  const auto loader = Load(R"({"": 1, "name": 5, "object": {"": 1}})");
+TEST(ConfigLoad, LooksUpKeysByteForByteToTheirFirstZero) {
+  const auto loader = Load(R"({"": 1, "name": 5, "object": {"": 1}, "text": "x", "texts": ["x"]})");
   for (const char* key : {"", "Name", "nam", "names"}) {
     EXPECT_EQ(CallGetters(*loader, key), "");
     EXPECT_EQ(CallGetters(*Load("[1]"), key), "");
@@ -216,6 +174,11 @@ TEST(ConfigLoad, FailsForKeysAndHandlesThatLeadNowhere) {
   }
   EXPECT_EQ(loader->GetInt("name\0x"s), 5);
   EXPECT_EQ(loader->GetInt("\0x"s), 1) << "such a key is not empty";
+  // The result may take the place of the key.
+  std::string value = "text";
+  EXPECT_EQ(loader->GetString(value, value, "default"), kConfigOk);
+  std::vector<std::string> values = {"texts"};
+  EXPECT_EQ(loader->GetStringArray(values[0], values), kConfigOk);
 }
 
 TEST(ConfigLoad, HandsOutHandlesToValuesOfAnyKindAndNullForAMissingKey) {
@@ -300,19 +263,11 @@ TEST(JsonDocument, ShortensNegativeExponents) {
   }
 }
 
-TEST(ConfigLoad, ReadsFilesOfUnknownSize) {
-  const std::unique_ptr<ConfigLoad> loader(CreateObject({kConfigFileTypeJson, "stream"}));
-  ASSERT_NE(loader, nullptr);
-  EXPECT_EQ(loader->GetInt("k"), 1);
-}
-
 TEST(ConfigLoad, KeepsItsValuesWhenItIsInitialisedAgainInVain) {
   const auto loader = Load(R"({"k": 1})");
   for (const auto& [data, status] : std::vector<std::pair<ConfigLoadCreateData, int32_t>>{
            {{kConfigFileTypeJson, "/nonexistent"}, 12},
-           {{kConfigFileTypeJson, "/x/"}, 12},
            {{kConfigFileTypeJson, "/"}, 4},
-           {{kConfigFileTypeJson, "/proc/self/mem"}, 4},
            {{kConfigFileTypeJson, "broken"}, 4},
            {Json("{}", INT64_MAX), 4},
            {Json("{"), 4}}) {
@@ -322,7 +277,7 @@ TEST(ConfigLoad, KeepsItsValuesWhenItIsInitialisedAgainInVain) {
     EXPECT_EQ(CreateObject(data), nullptr);
     EXPECT_EQ(TakeLog(), kNotCreated);
   }
-  EXPECT_EQ(loader->Initialize(Json(R"({"k": 2})")), 0);
+  EXPECT_EQ(loader->Initialize({kConfigFileTypeJson, "stream"}), kConfigOk);
   EXPECT_EQ(loader->GetInt("k"), 2);
 }
 
@@ -333,15 +288,6 @@ TEST(ConfigLoad, RefusesOtherFileTypes) {
             "configloadfactory.h CreateObject() Error fileType\n"
             "configloadjson.cpp Initialize() Error file type: -1\n" +
                 kNotCreated);
-}
-
-TEST(ConfigLoad, TakesItsResultsPlaceAsTheKey) {
-  const auto loader = Load(R"({"s": "found", "ss": ["found"]})");
-  std::string value = "s";
-  EXPECT_EQ(loader->GetString(value, value, "default"), kConfigOk);
-  std::vector<std::string> values = {"ss"};
-  EXPECT_EQ(loader->GetStringArray(values[0], values), kConfigOk);
-  EXPECT_EQ(value + values[0], "foundfound");
 }
 
 // Overrides what those without a status call: every key gives the values below.
@@ -368,15 +314,11 @@ TEST(ConfigLoad, GivesWithoutAStatusWhatAnOverridingClassGivesWithOne) {
   Overriding overriding;
   EXPECT_EQ(overriding.Initialize(Json(R"({"rows": [{"a": 1}]})")), kConfigOk);
   overriding.ConfigLoadJson::GetObject("rows", &overriding.rows);
-  const ConfigLoad& loader = overriding;
-  EXPECT_EQ(loader.GetInt("k"), 5);
-  EXPECT_EQ(loader.GetFloat("k"), 2.5F);
-  EXPECT_EQ(loader.GetString("k"), "x");
-  EXPECT_EQ(loader.GetIntArray("k"), std::vector{5});
-  EXPECT_EQ(loader.GetFloatArray("k"), std::vector{5.0F});
-  EXPECT_EQ(loader.GetStringArray("k"), std::vector{"x"s});
+  EXPECT_EQ(CallGetters(overriding, "k"),
+            "GetInt 5\nGetFloat 2.5\nGetString \"x\"\nGetIntArray [5]\nGetFloatArray [5]\n"
+            "GetStringArray [\"x\"]\n");
   EXPECT_EQ(overriding.ConfigLoadJson::GetObject("k"), &overriding);
-  EXPECT_EQ(loader.GetArrayObject("k").size(), 1U);
+  EXPECT_EQ(overriding.GetArrayObject("k").size(), 1U);
 }
 
 TEST(Log, WritesBaseNameLineFunctionAndMessage) {
@@ -427,3 +369,41 @@ TEST(Property, IsAnIntegerOf32BitsOrTheDefault) {
 }
 
 }  // namespace
+
+// In place of the platform's function: of a static library the linker takes only what the program
+// does not define itself.
+int __android_log_print(int priority, const char* tag, const char* format, ...) {
+  EXPECT_EQ(priority, ANDROID_LOG_ERROR);
+  EXPECT_STREQ(tag, "[SARVIKSYS]");
+  EXPECT_STREQ(format, "%s");
+  va_list arguments;
+  va_start(arguments, format);
+  std::string line = va_arg(arguments, const char*);
+  va_end(arguments);
+  std::smatch parts;
+  if (std::regex_match(line, parts, std::regex("(config[a-z.]*):([0-9]+)( .*)"))) {
+    std::ifstream source(CASES "/../../config/" + parts[1].str());
+    std::string text;
+    for (int i = std::stoi(parts[2]); i > 0 && std::getline(source, text); --i) continue;
+    EXPECT_TRUE(!source || std::regex_search(text, std::regex("LOG_ERROR|LogIf"))) << line;
+    line = parts[1].str() + parts[3].str();
+  }
+  logged += line + "\n";
+  return 1;
+}
+
+// In place of libc's: in "broken" and in "stream", whose size is unknown, two blocks can be read.
+extern "C" FILE* fopen(const char* path, const char* mode) {
+  if (path[0] == '/') return fdopen(open(path, O_RDONLY | O_CLOEXEC), mode);
+  static int blocks;
+  blocks = 0;
+  const auto read = [](void* isBroken, char* buffer, std::size_t size) -> ssize_t {
+    if (++blocks > 2) return isBroken == nullptr ? 0 : -1;
+    std::memset(buffer, ' ', size);
+    std::memcpy(buffer, blocks == 1 ? R"({"k":)" : "2}", blocks == 1 ? 5 : 2);
+    return static_cast<ssize_t>(size);
+  };
+  static char broken[] = "broken";
+  return fopencookie(path == std::string(broken) ? broken : nullptr, mode,
+                     {read, nullptr, nullptr, nullptr});
+}
