@@ -185,6 +185,7 @@ void RemoveStaleSocket(const sockaddr_un& address) {
   struct stat attributes = {};
   if (lstat(address.sun_path, &attributes) != 0 || !S_ISSOCK(attributes.st_mode)) return;
   const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (probe < 0) return;
   if (connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 &&
       errno == ECONNREFUSED) {
     unlink(address.sun_path);
