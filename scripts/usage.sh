@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Sourced first by every script: help and errors. The help is the script's header comment, whose last
+# Sourced first by every script: help, errors and a lock. The help is the script's header comment, whose last
 # lines are the usage. Sets `script` to the script's path without links.
 
 script=$(realpath "$0")
@@ -36,6 +36,19 @@ expect_at_most() {
   local count=$1
   shift
   [ $# -le "$count" ] || usage_error "unexpected word \"${*:count + 1:1}\""
+}
+
+# refuse_option WORD: checks that WORD is none.
+refuse_option() { [[ $1 != -* ]] || usage_error "unexpected option \"$1\""; }
+
+# lock FOLDER: waits until no other script holds FOLDER, and holds it until this one ends.
+lock() {
+  local descriptor
+  exec {descriptor}<"$1"
+  flock --nonblock "$descriptor" || {
+    echo "${script##*/}: waiting for another to finish with $1" >&2
+    flock "$descriptor"
+  }
 }
 
 case ${1-} in
