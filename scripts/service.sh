@@ -2,13 +2,17 @@
 # Sourced by what starts a service and then needs it.
 
 # wait_for PROCESS COMMAND...: runs COMMAND every 10 ms until it succeeds. Fails, and says so, when
-# PROCESS has ended before.
+# PROCESS has ended before, or after 20 seconds.
 wait_for() {
-  local process=$1
+  local process=$1 end=$((SECONDS + 20))
   shift
   until "$@" >/dev/null 2>&1; do
     if ! kill -0 "$process" 2>/dev/null; then
       echo "process $process ended before this succeeded: $*" >&2
+      return 1
+    fi
+    if [ $SECONDS -ge $end ]; then
+      echo "this did not succeed within 20 seconds: $*" >&2
       return 1
     fi
     sleep 0.01
@@ -19,6 +23,6 @@ wait_for() {
 # connects before it refuses the command, so the service gets no request.
 service_answers() {
   local status=0
-  "$@" sarvik - >/dev/null 2>&1 || status=$?
+  timeout 20 "$@" sarvik - >/dev/null 2>&1 || status=$?
   [ "$status" = 4 ]
 }
