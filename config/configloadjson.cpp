@@ -126,9 +126,11 @@ int32_t ConfigLoadJson::ReadFile(const std::string& path) {
   std::string text;
   text.reserve(static_cast<std::size_t>(attributes.st_size));  // 0 for a pipe
   char block[16384];
-  while (const std::size_t count = std::fread(block, 1, sizeof(block), file.get())) {
+  std::size_t count = 0;
+  do {
+    count = std::fread(block, 1, sizeof(block), file.get());
     text.append(block, count);
-  }
+  } while (count == sizeof(block));
   if (std::ferror(file.get()) != 0) return kConfigError;
   content = std::move(text);
   return kConfigOk;

@@ -130,12 +130,12 @@ std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle
 TEST(ConfigLoad, RefusesWhatDoesNotFitIntoMemory) {
   const auto loader = Load(R"({"k": 1})");
   const ConfigLoadCreateData large = Json("[" + Repeat("[[{}]], ", 250'000) + "1]");
-  long pages = 0;
+  rlim_t pages = 0;
   std::ifstream("/proc/self/statm") >> pages;
   for (rlim_t room = 0; room < 40 << 20; room += 2 << 20) {
     const pid_t child = fork();
     if (child == 0) {
-      const rlim_t size = static_cast<rlim_t>(pages * sysconf(_SC_PAGESIZE)) + room;
+      const rlim_t size = pages * static_cast<rlim_t>(getpagesize()) + room;
       const rlimit limit = {size, size};
       setrlimit(RLIMIT_AS, &limit);
       const bool isLimited = std::malloc(size) == nullptr;  // not under an emulator
@@ -239,7 +239,8 @@ TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
 }
 
 TEST(ConfigLoad, LimitsZerosInARowUpToTheEndOfTheText) {
-  const std::string zeros(200'000'000, '0');
+  std::string zeros;
+  zeros.resize(200'000'000, '0');
   EXPECT_EQ(Load("0." + zeros), nullptr);
   EXPECT_NE(Load("0." + zeros.substr(1)), nullptr);
   EXPECT_NE(Load("{}\0"s + zeros), nullptr);
@@ -393,8 +394,8 @@ int __android_log_print(int priority, const char* tag, const char* format, ...) 
 }
 
 // In place of libc's: in "broken" and in "stream", whose size is unknown, two blocks can be read.
-extern "C" FILE* fopen(const char* path, const char* mode) {
-  if (path[0] == '/') return fdopen(open(path, O_RDONLY | O_CLOEXEC), mode);
+extern "C" FILE* fopen(const char* filename, const char* modes) {
+  if (filename[0] == '/') return fdopen(open(filename, O_RDONLY | O_CLOEXEC), modes);
   static int blocks;
   blocks = 0;
   const auto read = [](void* isBroken, char* buffer, std::size_t size) -> ssize_t {
@@ -404,6 +405,6 @@ extern "C" FILE* fopen(const char* path, const char* mode) {
     return static_cast<ssize_t>(size);
   };
   static char broken[] = "broken";
-  return fopencookie(path == std::string(broken) ? broken : nullptr, mode,
+  return fopencookie(filename == std::string(broken) ? broken : nullptr, modes,
                      {read, nullptr, nullptr, nullptr});
 }
