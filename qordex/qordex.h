@@ -38,11 +38,10 @@ class QORDEX {
   virtual void Destroy() = 0;
 
   // Fills `record`, which the caller has cleared to zero, with the request for a command line.
-  // `argc` and `argv` are those of main(). With no word at all the result is kStatusUnknownCommand;
-  // with one or two, the missing words count as empty. On failure the record is untouched, and the
-  // reason is printed unless it is kStatusTooFewArguments. A request of 4096
-  // bytes or more does not fit: the record stays an empty message, and the call succeeds. Must be
-  // called only once per client.
+  // `argc` and `argv` are those of main(). No word at all gives kStatusUnknownCommand; of one or
+  // two, those missing are empty. On failure the record is untouched, and the reason is printed
+  // unless it is kStatusTooFewArguments. A request of 4096 bytes or more does not fit: the record
+  // stays an empty message, and the call succeeds. Must be called only once per client.
   virtual int ParseArguments(int argc, char** argv, QORDEXMessageString& record) = 0;
 
   // Connects to the service at `path`. On failure the reason is printed, and the socket stays open

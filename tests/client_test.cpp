@@ -13,7 +13,6 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
@@ -212,6 +211,7 @@ TEST(Client, ClosesASocketThatFindsNoServiceAndReportsOneThatCannotBeCreated) {
 
 TEST(Catalogue, HoldsACopyOfEachCommandUnderEachOfItsNames) {
   Catalogue catalogue;
+  catalogue["moduleName: sarvik,cmdName: inject"].args = {"stale"};
   RegisterSarvikModule(catalogue);
   RegisterCommand(CmdOption(), catalogue);  // left out, because it has no module
   EXPECT_EQ(catalogue.size(), 6U);

@@ -129,7 +129,8 @@ std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle
 #ifndef __SANITIZE_ADDRESS__
 TEST(ConfigLoad, RefusesWhatDoesNotFitIntoMemory) {
   const auto loader = Load(R"({"k": 1})");
-  const ConfigLoadCreateData large = Json("[" + Repeat("[[{}]], ", 250'000) + "1]");
+  const ConfigLoadCreateData large =
+      Json("[" + Repeat("[[{}]], ", 250'000) + '"' + Repeat("x", 3'000'000) + "\"]");
   rlim_t pages = 0;
   std::ifstream("/proc/self/statm") >> pages;
   for (rlim_t room = 0; room < 40 << 20; room += 2 << 20) {
@@ -232,7 +233,7 @@ TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
   }
   for (const std::string& text :
        {""s, " \n"s, "\xef\xbb\xbf{}"s, "{} {}"s, "[1,]"s, "{} //"s, "NaN"s, "\0{}"s, "0e309"s,
-        "1" + zeros, deep.substr(1), deep.substr(0, 1'000'000), deepObject + "}"}) {
+        "1" + zeros, Repeat("[", 300) + "1," + Repeat("]", 300), deepObject + "}"}) {
     EXPECT_EQ(Load(text), nullptr) << text.substr(0, 20);
     EXPECT_EQ(TakeLog(), kNotCreated);
   }
@@ -254,7 +255,7 @@ TEST(JsonDocument, ShortensNegativeExponents) {
            {"[1E-123456789012]", "[1E-12345678    ]"},
            {"1e-00012345678", "1e-00012345678"},
            {"1e-000123456789", "1e-00012345678 "},
-           {"1e+123456789", "1e+123456789"},
+           {"[1e+123456789, 1e-123456789]", "[1e+123456789, 1e-12345678 ]"},
            {"-123456789", "-123456789"},
            {"[-1, 1e-, 1e-123456789, 2e-123456789 ]", "[-1, 1e-, 1e-12345678 , 2e-12345678  ]"},
            {R"(["1e-123456789", 1e-123456789])", R"(["1e-123456789", 1e-12345678 ])"},
@@ -352,7 +353,7 @@ TEST(Log, KeepsTheThresholdOfItsFirstMessage) {
 TEST(Property, IsAnIntegerOf32BitsOrTheDefault) {
   EXPECT_EQ(property_get_int32(kThreshold, 5), 5);
   for (const auto& [text, value] :
-       std::vector<std::pair<const char*, int32_t>>{{"6", 6},
+       std::vector<std::pair<const char*, int32_t>>{{" 6", 6},
                                                     {"0x7", 7},
                                                     {"010", 8},
                                                     {"2147483647", INT32_MAX},
@@ -386,7 +387,7 @@ int __android_log_print(int priority, const char* tag, const char* format, ...) 
     std::ifstream source(CASES "/../../config/" + parts[1].str());
     std::string text;
     for (int i = std::stoi(parts[2]); i > 0 && std::getline(source, text); --i) continue;
-    EXPECT_TRUE(!source || std::regex_search(text, std::regex("LOG_ERROR|LogIf"))) << line;
+    EXPECT_TRUE(!source || std::regex_search(text, std::regex("SARVIK_LOG|return LogIf"))) << line;
     line = parts[1].str() + parts[3].str();
   }
   logged += line + "\n";
