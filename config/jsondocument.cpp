@@ -17,10 +17,10 @@ namespace {
 // So many levels of recursion fit a stack of 64 KB.
 constexpr std::size_t kRecursionLevels = 256;
 
-// The parser subtracts the count of decimals from the exponent, in an int, and counts the zeros
-// after the point and 17 digits more. With so few zeros in a row, a negative exponent of so many
-// digits cannot overflow. A positive one may be up to 308 plus that count, and to read it would
-// overflow after some 214,748,040 zeros.
+// In an int, the parser subtracts from the exponent the count of decimals: the zeros after the
+// point and at most 17 digits more. With fewer than kTooManyZeros of them, a negative exponent of
+// kSafeDigits digits cannot overflow. A positive exponent may be as large as 308 plus that count;
+// after some 214,748,040 zeros, reading one would overflow.
 constexpr std::size_t kSafeDigits = 8;
 constexpr int kTooManyZeros = 200'000'000;
 
@@ -67,10 +67,10 @@ bool JsonDocument::Parse(const char* text) {
   if (shortened) text = shortened->c_str();
 
   // Both flags accept the same texts, with the same values; the first recurses, and is faster.
-  levels = kRecursionLevels;
+  levelsLeft = kRecursionLevels;
   auto error = ParseInto<rapidjson::kParseNoFlags>(*this, text);
   if (error == rapidjson::kParseErrorTermination) {
-    levels = SIZE_MAX;
+    levelsLeft = SIZE_MAX;
     error = ParseInto<rapidjson::kParseIterativeFlag>(*this, text);
   }
   return error == rapidjson::kParseErrorNone;

@@ -2,9 +2,9 @@
 //
 // RapidJSON alone can be ended by a text: it recurses once per nesting level, adds up an exponent
 // and the decimals before it in an int, counts in 32 bits, and does not look whether it got memory.
-// Here a text that nests deeply is parsed with its place on the heap; the digits of exponents and
-// the zeros in a row are kept so few that their sum fits an int; a text of more than UINT32_MAX
-// bytes is refused; and memory that cannot be had is an exception.
+// Here a text that nests deeply is parsed again without recursion; the digits of exponents and the
+// zeros in a row are kept so few that their sum fits an int; a text of more than UINT32_MAX bytes
+// is refused; and memory that cannot be had is an exception.
 
 #pragma once
 
@@ -26,20 +26,20 @@ class JsonDocument
     : public rapidjson::GenericDocument<
           rapidjson::UTF8<>, rapidjson::MemoryPoolAllocator<ThrowingAllocator>, ThrowingAllocator> {
  public:
-  // Parses a text that ends at its first zero byte. Returns false when it is malformed, is longer
-  // than UINT32_MAX bytes or holds 200,000,000 zeros in a row; throws std::bad_alloc when it does
-  // not fit into memory. In each case the document stays as it was. What a parse has allocated is
-  // freed with the document.
+  // Parses a text that ends at its first zero byte. Returns false when it is malformed, holds a
+  // number that RapidJSON refuses or 200,000,000 zeros in a row, or is longer than UINT32_MAX
+  // bytes; throws std::bad_alloc when it does not fit into memory. In each case the document stays
+  // as it was. What a parse has allocated is freed with the document, for a deep text that of two.
   bool Parse(const char* text);
 
   // For the parser, which calls these and the base class's other handlers: they limit the depth.
-  bool StartObject() { return levels-- > 0 && GenericDocument::StartObject(); }
-  bool StartArray() { return levels-- > 0 && GenericDocument::StartArray(); }
-  bool EndObject(rapidjson::SizeType n) { return ++levels > 0 && GenericDocument::EndObject(n); }
-  bool EndArray(rapidjson::SizeType n) { return ++levels > 0 && GenericDocument::EndArray(n); }
+  bool StartObject() { return levelsLeft-- > 0 && GenericDocument::StartObject(); }
+  bool StartArray() { return levelsLeft-- > 0 && GenericDocument::StartArray(); }
+  bool EndObject(rapidjson::SizeType n) { return ++levelsLeft, GenericDocument::EndObject(n); }
+  bool EndArray(rapidjson::SizeType n) { return ++levelsLeft, GenericDocument::EndArray(n); }
 
  private:
-  std::size_t levels = 0;  // that may still be opened
+  std::size_t levelsLeft = 0;
 };
 
 // Returns `text` with spaces in place of all but the first eight digits, not counting leading

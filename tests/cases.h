@@ -1,5 +1,5 @@
 // Reads cases from a file of tests/cases. A case is an input, whose further lines are indented, and
-// the output expected for it: what follows a "|" on a line. A "|" at a line's end marks a space.
+// the output expected for it: what follows a "|" on each line, up to another "|" at the line's end.
 
 #pragma once
 

@@ -70,8 +70,8 @@ std::string Read(int fd, std::size_t size) {
   return bytes;
 }
 
-// Turns this process into the client, which prints to `output`, or not where its own descriptor is
-// in `closed`, and is ended after 20 seconds.
+// Turns this process into the client, which prints to `output`, starts without the descriptors in
+// `closed`, and is ended after 20 seconds.
 [[noreturn]] void Execute(const Words& words, int output, const std::vector<int>& closed) {
   Words command = {CLIENT};  // an emulator may stand before it
   command.insert(command.end(), words.begin(), words.end());
@@ -195,7 +195,7 @@ TEST(Client, ReportsASendToALinkThatIsBrokenAlready) {
 
 TEST(Client, ClosesASocketThatFindsNoServiceAndReportsOneThatCannotBeCreated) {
   const int before = dup(STDIN_FILENO);
-  // A sanitizer, too, opens descriptors when it checks an object of a class for the first time.
+  // First, because a sanitizer opens descriptors when it first checks an object of a class.
   EXPECT_EQ(QORDEX::Create({"/nonexistent", kConfigPath}), nullptr);
   EXPECT_EQ(dup(STDIN_FILENO), before + 1);
   rlimit limit = {};
