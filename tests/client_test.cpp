@@ -180,17 +180,17 @@ TEST(Client, CutsTheSocketPathAt107Bytes) {
 }
 
 TEST(Client, ReportsASendToALinkThatIsBrokenAlready) {
-  const auto handler = std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
   const int listener = Listen(kQORDEXSocketPath);
   QORDEX* client = QORDEX::Create({kQORDEXSocketPath, kConfigPath});
   close(accept(listener, nullptr, nullptr));
   QORDEXMessageString record = {};
+  testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   EXPECT_EQ(client->SendRequest(&record), kStatusLinkFailed);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "\n Send Fail !!!: Broken pipe\n");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   client->Destroy();
-  close(listener);
-  std::signal(SIGPIPE, handler);
 }
 
 TEST(Client, ClosesASocketThatFindsNoServiceAndReportsOneThatCannotBeCreated) {

@@ -9,7 +9,7 @@
 TEST(TextLayout, SplitsAtRunsOfDelimitersAndAppends) {
   std::vector<std::string> pieces;
   for (const char* text : {",a,,b,", "", ",,,", "x, y"}) SplitString(text, &pieces, ",");
-  for (const char* text : {"x, y", " ,"}) SplitString(text, &pieces, ", ");
+  for (const char* text : {"x ,y", " ,"}) SplitString(text, &pieces, ", ");
   for (const char* text : {"a,b", ""}) SplitString(text, &pieces, "");
   EXPECT_EQ(pieces, (std::vector<std::string>{"a", "b", "x", " y", "x", "y", "a,b"}));
 }
