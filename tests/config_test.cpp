@@ -136,7 +136,7 @@ TEST(ConfigLoad, RefusesWhatDoesNotFitIntoMemory) {
   for (rlim_t room = 0; room < 40 << 20; room += 2 << 20) {
     const pid_t child = fork();
     if (child == 0) {
-      const rlim_t size = pages * static_cast<rlim_t>(getpagesize()) + room;
+      const rlim_t size = (pages * static_cast<rlim_t>(getpagesize())) + room;
       const rlimit limit = {size, size};
       setrlimit(RLIMIT_AS, &limit);
       const bool isLimited = std::malloc(size) == nullptr;  // not under an emulator
