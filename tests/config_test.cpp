@@ -164,22 +164,22 @@ TEST(ConfigLoad, ReadsEachKindOfValueOnlyWithTheGetterForIt) {
 }
 
 TEST(ConfigLoad, LooksUpKeysByteForByteToTheirFirstZero) {
-  const auto loader = Load(R"({"": 1, "name": 5, "object": {"": 1}, "text": "x", "texts": ["x"]})");
+  const auto loader =
+      Load(R"({"": 1, "name": 5, "o": {"": 1}, "s": "x", "0123456789abcdef": ["x"]})");
   for (const char* key : {"", "Name", "nam", "names"}) {
     EXPECT_EQ(CallGetters(*loader, key), "");
     EXPECT_EQ(CallGetters(*Load("[1]"), key), "");
-    for (const void* object : {loader->GetObject("object"), loader->GetObject("name"),
-                               static_cast<const void*>(nullptr)}) {
+    for (const void* object :
+         {loader->GetObject("o"), loader->GetObject("name"), static_cast<const void*>(nullptr)}) {
       EXPECT_EQ(CallGetters(*loader, key, object), "");
     }
   }
   EXPECT_EQ(loader->GetInt("name\0x"s), 5);
   EXPECT_EQ(loader->GetInt("\0x"s), 1) << "such a key is not empty";
-  // The result may take the place of the key.
-  std::string value = "text";
-  EXPECT_EQ(loader->GetString(value, value, "default"), kConfigOk);
-  std::vector<std::string> values = {"texts"};
-  EXPECT_EQ(loader->GetStringArray(values[0], values), kConfigOk);
+  std::string value = "s";
+  EXPECT_EQ(loader->GetString(value, value, "default"), 0) << "the result may be the key";
+  std::vector<std::string> values = {"0123456789abcdef"};
+  EXPECT_EQ(loader->GetStringArray(values[0], values), 0) << "or hold it";
 }
 
 TEST(ConfigLoad, HandsOutHandlesToValuesOfAnyKindAndNullForAMissingKey) {
@@ -397,16 +397,16 @@ int __android_log_print(int priority, const char* tag, const char* format, ...) 
 
 // In place of libc's: in "broken" and in "stream", whose size is unknown, two blocks can be read.
 extern "C" FILE* fopen(const char* filename, const char* modes) {
-  if (filename[0] == '/') return fdopen(open(filename, O_RDONLY | O_CLOEXEC), modes);
+  static bool isBroken;
   static int blocks;
+  isBroken = filename == std::string("broken");
   blocks = 0;
-  const auto read = [](void* isBroken, char* buffer, std::size_t size) -> ssize_t {
-    if (++blocks > 2) return isBroken == nullptr ? 0 : -1;
+  if (!isBroken && filename != std::string("stream")) return fopen64(filename, modes);
+  const auto read = [](void* /*cookie*/, char* buffer, std::size_t size) -> ssize_t {
+    if (++blocks > 2) return isBroken ? -1 : 0;
     std::memset(buffer, ' ', size);
     std::memcpy(buffer, blocks == 1 ? R"({"k":)" : "2}", blocks == 1 ? 5 : 2);
     return static_cast<ssize_t>(size);
   };
-  static char broken[] = "broken";
-  return fopencookie(filename == std::string(broken) ? broken : nullptr, modes,
-                     {read, nullptr, nullptr, nullptr});
+  return fopencookie(nullptr, modes, {read, nullptr, nullptr, nullptr});
 }
