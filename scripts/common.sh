@@ -38,7 +38,7 @@ expect_at_most() {
   [ $# -le "$count" ] || usage_error "unexpected word \"${*:count + 1:1}\""
 }
 
-# refuse_option WORD: checks that WORD is none.
+# refuse_option WORD: fails when WORD begins with a hyphen.
 refuse_option() { [[ $1 != -* ]] || usage_error "unexpected option \"$1\""; }
 
 # lock FOLDER: waits until no other script holds FOLDER, and holds it until this one ends.
