@@ -18,7 +18,7 @@
 
 namespace {
 
-using Value = JsonDocument::ValueType;
+using Value = qordex::JsonDocument::ValueType;
 
 const Value* FromHandle(const void* handle) { return static_cast<const Value*>(handle); }
 
@@ -47,7 +47,7 @@ int32_t ReadScalar(const Value* object, const std::string& key, Result& value,
 template <typename T, typename Result>
 int32_t ReadArray(const Value* object, const std::string& key, std::vector<Result>& values) {
   const Value* member = FindMember(object, key);
-  values.clear();
+  values.clear();  // not before the key is read, which may lie in it
   if (member == nullptr || !member->IsArray()) return kConfigError;
   std::vector<Result> elements;
   for (const Value& element : member->GetArray()) {
@@ -92,6 +92,10 @@ std::vector<Config> ReadRow(const Value& object) {
 
 }  // namespace
 
+ConfigLoadJson::ConfigLoadJson() : document(std::make_unique<qordex::JsonDocument>()) {}
+
+ConfigLoadJson::~ConfigLoadJson() = default;
+
 ConfigLoadJson* ConfigLoadJson::Create(ConfigLoadCreateData data) {
   auto loader = std::make_unique<ConfigLoadJson>();
   if (loader->Initialize(std::move(data)) != kConfigOk) {
@@ -109,7 +113,7 @@ int32_t ConfigLoadJson::Initialize(ConfigLoadCreateData data) {
   try {
     const int32_t status = ReadFile(data.filePath);
     if (status != kConfigOk) return status;
-    return document.Parse(content.c_str()) ? kConfigOk : kConfigError;
+    return document->Parse(content.c_str()) ? kConfigOk : kConfigError;
   } catch (const std::exception&) {
     // std::bad_alloc or std::length_error: the file does not fit into memory.
     return kConfigError;
@@ -137,29 +141,29 @@ int32_t ConfigLoadJson::ReadFile(const std::string& path) {
 }
 
 int32_t ConfigLoadJson::GetInt(const std::string& key, int32_t& value, int32_t defaultValue) const {
-  return ReadScalar<int32_t>(&document, key, value, defaultValue);
+  return ReadScalar<int32_t>(document.get(), key, value, defaultValue);
 }
 
 int32_t ConfigLoadJson::GetFloat(const std::string& key, float& value, float defaultValue) const {
-  return ReadScalar<float>(&document, key, value, defaultValue);
+  return ReadScalar<float>(document.get(), key, value, defaultValue);
 }
 
 int32_t ConfigLoadJson::GetString(const std::string& key, std::string& value,
                                   std::string defaultValue) const {
-  return ReadScalar<const char*>(&document, key, value, std::move(defaultValue));
+  return ReadScalar<const char*>(document.get(), key, value, std::move(defaultValue));
 }
 
 int32_t ConfigLoadJson::GetIntArray(const std::string& key, std::vector<int32_t>& values) const {
-  return ReadArray<int32_t>(&document, key, values);
+  return ReadArray<int32_t>(document.get(), key, values);
 }
 
 int32_t ConfigLoadJson::GetFloatArray(const std::string& key, std::vector<float>& values) const {
-  return ReadArray<float>(&document, key, values);
+  return ReadArray<float>(document.get(), key, values);
 }
 
 int32_t ConfigLoadJson::GetStringArray(const std::string& key,
                                        std::vector<std::string>& values) const {
-  return ReadArray<const char*>(&document, key, values);
+  return ReadArray<const char*>(document.get(), key, values);
 }
 
 int32_t ConfigLoadJson::GetObject(const std::string& key, const void** handle) const {
@@ -167,7 +171,7 @@ int32_t ConfigLoadJson::GetObject(const std::string& key, const void** handle) c
     SARVIK_LOG_ERROR("key is empty");
     return kConfigError;
   }
-  *handle = FindMember(&document, key);
+  *handle = FindMember(document.get(), key);
   if (*handle == nullptr) {
     SARVIK_LOG_ERROR("key is not found: %s", key.c_str());
     return kConfigNotFound;

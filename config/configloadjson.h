@@ -3,14 +3,21 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "config/interface/configload.h"
-#include "config/jsondocument.h"
+
+namespace qordex {
+class JsonDocument;
+}
 
 class ConfigLoadJson : public ConfigLoad {
  public:
+  ConfigLoadJson();
+  ~ConfigLoadJson() override;
+
   // Returns an initialised loader, or null with a line in the log. The caller owns it.
   static ConfigLoadJson* Create(ConfigLoadCreateData data);
 
@@ -55,5 +62,5 @@ class ConfigLoadJson : public ConfigLoad {
   int32_t ReadFile(const std::string& path);
 
   std::string content;  // the file, byte for byte
-  JsonDocument document;
+  std::unique_ptr<qordex::JsonDocument> document;
 };

@@ -12,9 +12,11 @@
 #include <string>
 #include <string_view>
 
+namespace qordex {
+
 namespace {
 
-// So many levels of recursion fit a stack of 64 KB.
+// This many levels of recursion fit a stack of 64 KB.
 constexpr std::size_t kRecursionLevels = 256;
 
 // In an int, the parser subtracts from the exponent the count of decimals: the zeros after the
@@ -94,3 +96,5 @@ std::optional<std::string> ShortenNegativeExponents(std::string_view text) {
   }
   return shortened;
 }
+
+}  // namespace qordex

@@ -1,19 +1,29 @@
 // A JSON document that takes any text.
 //
-// RapidJSON alone can be ended by a text: it recurses once per nesting level, adds up an exponent
-// and the decimals before it in an int, counts in 32 bits, and does not look whether it got memory.
-// Here a text that nests deeply is parsed again without recursion; the digits of exponents and the
-// zeros in a row are kept so few that their sum fits an int; a text of more than UINT32_MAX bytes
-// is refused; and memory that cannot be had is an exception.
+// A text can crash plain RapidJSON: it recurses once per nesting level, adds up an exponent and the
+// decimals before it in an int, counts in 32 bits, and does not look whether it got memory. Here a
+// text that nests deeply is parsed again without recursion; the digits of exponents and the zeros
+// in a row are kept so few that their sum fits an int; a text of more than UINT32_MAX bytes is
+// refused; and memory that cannot be had is an exception.
 
 #pragma once
 
+// This RapidJSON is in a namespace of its own, so that a program may hold another one as well, of
+// another version or with other macros. Its own macros may be these.
+#undef RAPIDJSON_NAMESPACE
+#undef RAPIDJSON_NAMESPACE_BEGIN
+#undef RAPIDJSON_NAMESPACE_END
+#define RAPIDJSON_NAMESPACE qordex::rapidjson
+#define RAPIDJSON_NAMESPACE_BEGIN namespace qordex::rapidjson {
+#define RAPIDJSON_NAMESPACE_END }
 #include <rapidjson/document.h>
 
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+
+namespace qordex {
 
 // Throws std::bad_alloc where RapidJSON's own allocator returns null. Sizes are in bytes.
 class ThrowingAllocator : public rapidjson::CrtAllocator {
@@ -43,7 +53,9 @@ class JsonDocument
 };
 
 // Returns `text` with spaces in place of all but the first eight digits, not counting leading
-// zeros, of each negative exponent; nothing when none is longer. The parser accepts or refuses the
+// zeros, of each negative exponent; nullopt when no exponent is that long. The parser accepts or refuses the
 // result as it does `text`, and reads the same values: a number with such an exponent is 0 either
 // way.
 std::optional<std::string> ShortenNegativeExponents(std::string_view text);
+
+}  // namespace qordex

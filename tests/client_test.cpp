@@ -126,7 +126,8 @@ TEST(Client, SendsAnEmptyMessageForARequestOf4096BytesOrMore) {
   EXPECT_EQ(RunAgainst(Record(""), words).request.substr(4096), "xxx\0\xff\x0f\0\0"s);
   words[2] += 'x';
   EXPECT_EQ(RunAgainst(Record(""), words).request, Record(""));
-  words.insert(words.end(), 14, std::string(131071, 'x'));  // the longest argument Linux accepts
+  // The longest argument Linux accepts.
+  words.insert(words.end(), 14, std::string(131071, 'x'));
   EXPECT_EQ(RunAgainst(Record(""), words).request, Record(""));
 }
 
@@ -151,10 +152,11 @@ TEST(Client, RefusesLengthsThatNoMessageHas) {
 }
 
 TEST(Client, DecodesWhatArrivesInOneReceive) {
-  // The link stays open, so a client that waits for the rest does not end.
+  // The link stays open, so a client that waits for the rest does not end. The message is as long
+  // as the request's, whose length must not stand in for one that has not arrived.
   for (const std::size_t cut : {1U, 7U, 4100U, 4101U}) {
-    const std::string reply = Record("cmds { arguments: 'a' }").substr(0, cut);
-    EXPECT_EQ(RunAgainst(reply).printed, cut > 4100 ? "a\n" : "");
+    const std::string reply = Record("cmds { arguments: 'fourteen bytes' }").substr(0, cut);
+    EXPECT_EQ(RunAgainst(reply).printed, cut > 4100 ? "fourteen bytes\n" : "");
   }
 }
 
@@ -170,13 +172,19 @@ TEST(Client, KeepsWhatItPrintsFromTheServiceWhenStandardOutputIsClosed) {
   }
 }
 
-TEST(Client, CutsTheSocketPathAt107Bytes) {
+TEST(Client, CutsTheSocketPathAt107BytesAndKeepsTheRequest) {
   const std::string path = kFolder + "/"s + std::string(107 - sizeof(kFolder), 's');
   const int listener = Listen(path);
   QORDEX* client = QORDEX::Create({path + "cut", kConfigPath});
   ASSERT_NE(client, nullptr);
+  const QORDEXMessageString before = {7, "data", 7};
+  QORDEXMessageString record = before;
+  const int connection = accept(listener, nullptr, nullptr);
+  EXPECT_EQ(write(connection, Record("").data(), kRecordSize), static_cast<ssize_t>(kRecordSize));
+  EXPECT_EQ(client->SendRequest(&record), kStatusOk);
+  EXPECT_EQ(std::memcmp(&record, &before, sizeof(record)), 0);
   client->Destroy();
-  close(listener);
+  for (const int fd : {connection, listener}) close(fd);
 }
 
 TEST(Client, ReportsASendToALinkThatIsBrokenAlready) {
