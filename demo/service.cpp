@@ -30,18 +30,14 @@
 namespace {
 
 // What goes wrong with every answer.
-enum class Fault { kNone, kShort, kSilent, kGarbage, kLength, kUnread };
+enum class Fault { kNone, kSilent, kUnread };
 
 struct FaultName {
   Fault fault;
   const char* name;
 };
 
-constexpr FaultName kFaultNames[] = {{Fault::kShort, "short"},
-                                     {Fault::kSilent, "silent"},
-                                     {Fault::kGarbage, "garbage"},
-                                     {Fault::kLength, "length"},
-                                     {Fault::kUnread, "unread"}};
+constexpr FaultName kFaultNames[] = {{Fault::kSilent, "silent"}, {Fault::kUnread, "unread"}};
 
 struct Options {
   std::string repliesFolder = DEMO_REPLIES;
@@ -56,14 +52,12 @@ constexpr char kUsage[] =
     "  --replies DIR  take the reply to a command from DIR/COMMAND.textproto, a QORDEXMessage\n"
     "                 in protocol-buffer text format (default: demo/replies in the source tree)\n"
     "  --fault FAULT  spoil every answer:\n"
-    "                 short    send the first 100 bytes of the record only\n"
-    "                 silent   close the link in place of a reply\n"
-    "                 garbage  send a record that holds no message\n"
-    "                 length   send a record whose length is out of range\n"
-    "                 unread   close the link before the request is read\n"
+    "                 silent  close the link in place of a reply\n"
+    "                 unread  close the link before the request is read\n"
     "  --help         print this text\n";
 
-// A client that stops in the middle of a record holds the service up for no longer than this.
+// A client that stops or dawdles in the middle of a record holds the service up for no longer than
+// this.
 constexpr timeval kClientTimeout = {2, 0};
 
 QORDEXMessage PlainReply(const std::string& line) {
@@ -115,18 +109,6 @@ QORDEXMessage ReadReply(const std::string& folder, const std::string& command) {
   return reply;
 }
 
-// Returns the bytes received: fewer than a record when the client stops before its end.
-std::size_t ReceiveRecord(int connection, QORDEXMessageString& record) {
-  char* const bytes = reinterpret_cast<char*>(&record);
-  std::size_t received = 0;
-  while (received < sizeof(record)) {
-    const ssize_t count = recv(connection, bytes + received, sizeof(record) - received, 0);
-    if (count <= 0) break;
-    received += static_cast<std::size_t>(count);
-  }
-  return received;
-}
-
 QORDEXMessage RejectRequest(const std::string& reason) {
   std::fprintf(stderr, "malformed request: %s\n", reason.c_str());
   return PlainReply("Malformed request: " + reason);
@@ -150,14 +132,12 @@ QORDEXMessage AnswerRequest(const QORDEXMessageString& record, std::size_t recei
   return ReadReply(repliesFolder, request.cmds(0).options());
 }
 
-void SendReply(int connection, const QORDEXMessage& reply, Fault fault) {
+void SendReply(int connection, const QORDEXMessage& reply) {
   QORDEXMessageString record = {};
   record.length = static_cast<int32_t>(reply.ByteSizeLong());
   reply.SerializeToArray(record.data, sizeof(record.data));
-  if (fault == Fault::kGarbage) std::fill_n(record.data, record.length, '\xff');
-  if (fault == Fault::kLength) record.length = sizeof(record.data) + 1;
   // A client that has gone is none of the service's business.
-  send(connection, &record, fault == Fault::kShort ? 100 : sizeof(record), 0);
+  send(connection, &record, sizeof(record), 0);
 }
 
 void Serve(int connection, const Options& options) {
@@ -168,15 +148,28 @@ void Serve(int connection, const Options& options) {
     recv(connection, &record, sizeof(record), MSG_PEEK);
     return;
   }
-  const std::size_t received = ReceiveRecord(connection, record);
-  if (received == 0) return;  // the client rejected its command line
+  // One call, so that the time-out is for the whole record. It returns what came in time.
+  const ssize_t received = recv(connection, &record, sizeof(record), MSG_WAITALL);
+  if (received <= 0) return;  // the client rejected its command line
 
-  const QORDEXMessage reply = AnswerRequest(record, received, options.repliesFolder);
-  if (options.fault != Fault::kSilent) SendReply(connection, reply, options.fault);
+  const QORDEXMessage reply =
+      AnswerRequest(record, static_cast<std::size_t>(received), options.repliesFolder);
+  if (options.fault != Fault::kSilent) SendReply(connection, reply);
+}
+
+struct stat socketAttributes;  // of the socket at which this service listens
+
+// Leaves a socket alone that another service has put in its place.
+void RemoveSocket() {
+  struct stat attributes = {};
+  if (lstat(kQORDEXSocketPath, &attributes) == 0 && attributes.st_ino == socketAttributes.st_ino &&
+      attributes.st_dev == socketAttributes.st_dev) {
+    unlink(kQORDEXSocketPath);
+  }
 }
 
 void RemoveSocketAndExit(int /*signal*/) {
-  unlink(kQORDEXSocketPath);
+  RemoveSocket();
   _exit(EXIT_SUCCESS);
 }
 
@@ -201,7 +194,8 @@ int Listen() {
   RemoveStaleSocket(address);
   const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (listener < 0 ||
-      bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+      bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 ||
+      lstat(address.sun_path, &socketAttributes) != 0) {
     return -1;
   }
   std::signal(SIGINT, RemoveSocketAndExit);
@@ -255,9 +249,18 @@ bool IsFolder(const std::string& path) {
   return true;
 }
 
+// Opens /dev/null on each of descriptors 0 to 2 that the caller has closed. Otherwise a connection
+// would get that number, and the log would reach the client.
+void OccupyStandardStreams() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (fcntl(fd, F_GETFD) == -1) open("/dev/null", O_RDWR);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  OccupyStandardStreams();
   const Options options = ReadOptions(argc, argv);
   if (!IsFolder(options.repliesFolder)) {
     std::perror(options.repliesFolder.c_str());
@@ -269,10 +272,9 @@ int main(int argc, char** argv) {
     std::perror(kQORDEXSocketPath);
     return EXIT_FAILURE;
   }
-  while (true) {
-    const int connection = accept(listener, nullptr, nullptr);
-    if (connection < 0) continue;
+  for (int connection; (connection = accept(listener, nullptr, nullptr)) >= 0; close(connection))
     Serve(connection, options);
-    close(connection);
-  }
+  std::perror("accept");  // no descriptors are left, say
+  RemoveSocket();
+  return EXIT_FAILURE;
 }

@@ -54,8 +54,10 @@ int RunCommand(int argc, char** argv, QORDEXMessageString& record) {
 
 int main(int argc, char** argv) {
   QORDEXMessageString record = {};
-  // A write to a closed socket or pipe then fails instead of ending the program.
+  // A write to a closed socket or pipe, or beyond the limit on file sizes, then fails instead of
+  // ending the program.
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   OccupyStandardStreams();
 
   if (argc == 1 || (argc == 2 && IsHelpConfigArg(argv[1]))) {
