@@ -47,7 +47,7 @@ int32_t ReadScalar(const Value* object, const std::string& key, Result& value,
 template <typename T, typename Result>
 int32_t ReadArray(const Value* object, const std::string& key, std::vector<Result>& values) {
   const Value* member = FindMember(object, key);
-  values.clear();  // not before the key is read, which may lie in it
+  values.clear();  // not earlier: the key may lie in `values`
   if (member == nullptr || !member->IsArray()) return kConfigError;
   std::vector<Result> elements;
   for (const Value& element : member->GetArray()) {

@@ -53,9 +53,9 @@ class JsonDocument
 };
 
 // Returns `text` with spaces in place of all but the first eight digits, not counting leading
-// zeros, of each negative exponent; nullopt when no exponent is that long. The parser accepts or refuses the
-// result as it does `text`, and reads the same values: a number with such an exponent is 0 either
-// way.
+// zeros, of each negative exponent; nullopt when no exponent is that long. The parser accepts or
+// refuses the result as it does `text`, and reads the same values: a number with such an exponent
+// is 0 either way.
 std::optional<std::string> ShortenNegativeExponents(std::string_view text);
 
 }  // namespace qordex

@@ -59,12 +59,13 @@ int QORDEXImpl::PrintReply(const QORDEXMessageString& reply) {
 
   const QORDEXMessage::QDXCmd& first = message.cmds(0);
   const bool isTyped = Text(first.options()) == "type";
-  const bool isSingle = message.cmds_size() == 1;
-  if (isSingle && !isTyped) {
+  if (message.cmds_size() == 1) {
+    if (isTyped) return kStatusOk;
     for (const std::string& line : Lines(first)) std::puts(line.c_str());
+    return kStatusOk;
   }
-  if (isSingle || !isTyped) return kStatusOk;
 
+  if (!isTyped) return kStatusOk;
   if (first.arguments().empty()) return RejectReply();
   const std::string typeWord = Text(first.arguments(0));
   for (int i = 1; i < message.cmds_size(); ++i) {

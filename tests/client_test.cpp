@@ -91,7 +91,8 @@ std::string Read(int fd, std::size_t size) {
 Exchange RunAgainst(const std::string& reply, const Words& words = {"sarvik", "--help"},
                     const std::vector<int>& closed = {}) {
   const int listener = Listen(kQORDEXSocketPath);
-  int output[2];  // which the client inherits and so keeps open until it ends
+  // The client inherits the pipe, and so keeps it open until it ends.
+  int output[2];
   EXPECT_EQ(pipe(output), 0);
   const pid_t client = fork();
   if (client == 0) Execute(words, output[1], closed);
@@ -126,8 +127,7 @@ TEST(Client, SendsAnEmptyMessageForARequestOf4096BytesOrMore) {
   EXPECT_EQ(RunAgainst(Record(""), words).request.substr(4096), "xxx\0\xff\x0f\0\0"s);
   words[2] += 'x';
   EXPECT_EQ(RunAgainst(Record(""), words).request, Record(""));
-  // The longest argument Linux accepts.
-  words.insert(words.end(), 14, std::string(131071, 'x'));
+  words.insert(words.end(), 14, std::string(131071, 'x'));  // the longest argument Linux accepts
   EXPECT_EQ(RunAgainst(Record(""), words).request, Record(""));
 }
 

@@ -247,7 +247,6 @@ TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
 
 TEST(JsonDocument, ShortensNegativeExponents) {
   for (const auto& [text, shortened] : std::vector<std::pair<std::string, std::string>>{
-           {"1e-123456789", "1e-12345678 "},
            {"[1E-123456789012]", "[1E-12345678    ]"},
            {"1e-000123456789", "1e-00012345678 "},
            {"[1e+123456789, 1e-123456789]", "[1e+123456789, 1e-12345678 ]"},
