@@ -236,10 +236,9 @@ TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
                                   "\"\xff\""s, deep, deepObject, '"' + zeros + '"'}) {
     EXPECT_EQ(loader->Initialize(Json(text)), kConfigOk) << text.substr(0, 20);
   }
-  for (const std::string& text :
-       {""s, " \n"s, "\xef\xbb\xbf{}"s, "{} {}"s, "[1,]"s, "{} //"s, "NaN"s, "\0{}"s, "0e309"s,
-        "1" + zeros, "0." + std::string(200'000'000, '0'),
-        Repeat("[", 300) + "1," + Repeat("]", 300), deepObject + "}"}) {
+  for (const std::string& text : {""s, " \n"s, "\xef\xbb\xbf{}"s, "{} {}"s, "[1,]"s, "{} //"s,
+                                  "NaN"s, "\0{}"s, "0e309"s, "1" + zeros, "0." + Repeat(zeros, 200),
+                                  Repeat("[", 300) + "1," + Repeat("]", 300), deepObject + "}"}) {
     EXPECT_EQ(loader->Initialize(Json(text)), kConfigError) << text.substr(0, 20);
   }
   EXPECT_EQ(TakeLog(), "");
