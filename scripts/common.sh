@@ -18,12 +18,12 @@ usage_error() {
   exit 2
 }
 
-# require_number NAME VALUE: checks what is given for NAME of the usage.
+# require_number NAME VALUE: fails unless VALUE, given for NAME of the usage, is a number.
 require_number() {
   [[ $2 =~ ^[1-9][0-9]{0,8}$ ]] || usage_error "$1 is a number from 1 to 999999999${2:+, not \"$2\"}"
 }
 
-# require_choice NAME VALUE CHOICE...: the same.
+# require_choice NAME VALUE CHOICE...: fails unless VALUE is a CHOICE.
 require_choice() {
   local name=$1 value=$2 choice
   shift 2
@@ -31,7 +31,7 @@ require_choice() {
   usage_error "$name is one of $*${value:+, not \"$value\"}"
 }
 
-# expect_at_most COUNT WORD...: checks that no more words than COUNT are given.
+# expect_at_most COUNT WORD...: fails when there are more WORDs than COUNT.
 expect_at_most() {
   local count=$1
   shift

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Sourced by what starts a service and then needs it.
+# Sourced by scripts that start a service.
 
 # wait_for PROCESS COMMAND...: runs COMMAND every 10 ms until it succeeds. Fails, and says so, when
 # PROCESS has ended before, or after 20 seconds.
