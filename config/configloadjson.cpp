@@ -43,7 +43,7 @@ int32_t ReadScalar(const Value* object, const std::string& key, Result& value,
   return kConfigOk;
 }
 
-// Reads an array of which RapidJSON holds every element as a `T`.
+// Reads an array whose elements RapidJSON all holds as a `T`.
 template <typename T, typename Result>
 int32_t ReadArray(const Value* object, const std::string& key, std::vector<Result>& values) {
   const Value* member = FindMember(object, key);

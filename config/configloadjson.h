@@ -57,7 +57,7 @@ class ConfigLoadJson : public ConfigLoad {
 
  private:
   // Reads the whole file into `content`. Returns kConfigNotFound when it cannot be opened and
-  // kConfigError when it cannot be read; throws when it does not fit into memory. In each case
+  // kConfigError when it cannot be read; throws when it does not fit into memory. On failure
   // `content` stays as it was.
   int32_t ReadFile(const std::string& path);
 

@@ -1,15 +1,15 @@
 // A JSON document that takes any text.
 //
 // A text can crash plain RapidJSON: it recurses once per nesting level, adds up an exponent and the
-// decimals before it in an int, counts in 32 bits, and does not look whether it got memory. Here a
-// text that nests deeply is parsed again without recursion; the digits of exponents and the zeros
-// in a row are kept so few that their sum fits an int; a text of more than UINT32_MAX bytes is
-// refused; and memory that cannot be had is an exception.
+// decimals before it in an int, counts in 32 bits, and does not check whether it got memory. Here a
+// text that nests deeply is parsed again without recursion; exponents and runs of zeros are kept so
+// short that the sum fits an int; a text of more than UINT32_MAX bytes is refused; and running out
+// of memory throws.
 
 #pragma once
 
-// This RapidJSON is in a namespace of its own, so that a program may hold another one as well, of
-// another version or with other macros. Its own macros may be these.
+// This RapidJSON has a namespace of its own, so that a program may also hold one of another version
+// or with other macros, these three among them.
 #undef RAPIDJSON_NAMESPACE
 #undef RAPIDJSON_NAMESPACE_BEGIN
 #undef RAPIDJSON_NAMESPACE_END
@@ -39,10 +39,10 @@ class JsonDocument
   // Parses a text that ends at its first zero byte. Returns false when it is malformed, holds a
   // number that RapidJSON refuses or 200,000,000 zeros in a row, or is longer than UINT32_MAX
   // bytes; throws std::bad_alloc when it does not fit into memory. In each case the document stays
-  // as it was. What a parse has allocated is freed with the document, for a deep text that of two.
+  // as it was. What a parse allocates is freed with the document; a deep text takes two parses.
   bool Parse(const char* text);
 
-  // For the parser, which calls these and the base class's other handlers: they limit the depth.
+  // Called by the parser, like the base class's other handlers. These limit the depth.
   bool StartObject() { return levelsLeft-- > 0 && GenericDocument::StartObject(); }
   bool StartArray() { return levelsLeft-- > 0 && GenericDocument::StartArray(); }
   bool EndObject(rapidjson::SizeType n) { return ++levelsLeft, GenericDocument::EndObject(n); }

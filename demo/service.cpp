@@ -159,7 +159,7 @@ void Serve(int connection, const Options& options) {
 
 struct stat socketAttributes;  // of the socket at which this service listens
 
-// Leaves a socket alone that another service has put in its place.
+// Leaves alone a socket that another service has put in its place.
 void RemoveSocket() {
   struct stat attributes = {};
   if (lstat(kQORDEXSocketPath, &attributes) == 0 && attributes.st_ino == socketAttributes.st_ino &&
@@ -274,7 +274,7 @@ int main(int argc, char** argv) {
   }
   for (int connection; (connection = accept(listener, nullptr, nullptr)) >= 0; close(connection))
     Serve(connection, options);
-  std::perror("accept");  // no descriptors are left, say
+  std::perror("accept");  // such as: no descriptors are left
   RemoveSocket();
   return EXIT_FAILURE;
 }

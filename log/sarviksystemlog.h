@@ -1,8 +1,8 @@
-// Diagnostics for the Android log, one line a message under the tag "[SARVIKSYS]":
+// Diagnostics for the Android log, one line per message under the tag "[SARVIKSYS]":
 //
 //   configloadjson.cpp:LINE GetInt() Failed to get key: width
 //
-// Nothing of them reaches standard output or standard error. A message is written when the
+// None of them reaches standard output or standard error. A message is written when the
 // threshold is at most the message's level; the priority is always error. The threshold is the
 // system property "persist.vendor.camera.sarviksystem.loglevel", or 4 when that is unset or not an
 // integer. Each source file reads it once, at its first message.

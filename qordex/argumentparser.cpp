@@ -1,4 +1,4 @@
-// Command line to catalogue entry, whose parser fills the record.
+// Finds the catalogue entry for a command line and runs its parser.
 
 #include <algorithm>
 #include <cstdio>

@@ -33,8 +33,8 @@ class QORDEXImpl : public QORDEX {
 
   // Print one block of a reply: as a titled text box, whose lines are cut at newlines, or as a
   // table, whose header and rows are the title and the lines cut at commas. Without a title or
-  // lines nothing is printed, nor is a table whose first row has another number of cells than its
-  // header. A reply's texts have at most 4096 bytes and no zero byte. The result is always 0.
+  // lines nothing is printed, nor is a table whose header and first row differ in their number
+  // of cells. A reply's texts have at most 4096 bytes and no zero byte. The result is always 0.
   static int PrintString(const std::string& title, const std::vector<std::string>& lines);
   static int PrintList(const std::string& title, const std::vector<std::string>& lines);
 

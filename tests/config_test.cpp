@@ -289,7 +289,7 @@ TEST(ConfigLoad, RefusesOtherFileTypes) {
   }
 }
 
-// Overrides what those without a status call: every key gives the values below.
+// Overrides the getters with a status: every key gives the values below.
 class Overriding : public ConfigLoadJson {
  public:
   using ConfigLoadJson::GetFloat, ConfigLoadJson::GetFloatArray, ConfigLoadJson::GetInt;
@@ -362,8 +362,8 @@ TEST(Property, IsAnIntegerOf32BitsOrTheDefault) {
 
 }  // namespace
 
-// In place of the platform's function: of a static library the linker takes only what the program
-// does not define itself.
+// Replaces the platform's function: from a static library the linker takes only what the program
+// does not define.
 int __android_log_print(int priority, const char* tag, const char* format, ...) {
   EXPECT_EQ(priority, ANDROID_LOG_ERROR);
   EXPECT_STREQ(tag, "[SARVIKSYS]");
