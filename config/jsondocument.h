@@ -2,9 +2,9 @@
 //
 // A text can crash plain RapidJSON: it recurses once per nesting level, adds up an exponent and the
 // decimals before it in an int, counts in 32 bits, and does not check whether it got memory. Here a
-// text that nests deeply is parsed again without recursion; exponents and runs of zeros are kept so
-// short that the sum fits an int; a text of more than UINT32_MAX bytes is refused; and running out
-// of memory throws.
+// text that nests deeply is parsed again without recursion; negative exponents and runs of zeros
+// are kept so short that the sum fits an int; a text of more than UINT32_MAX bytes is refused; and
+// running out of memory throws.
 
 #pragma once
 
@@ -39,7 +39,7 @@ class JsonDocument
   // Parses a text that ends at its first zero byte. Returns false when it is malformed, holds a
   // number that RapidJSON refuses or 200,000,000 zeros in a row, or is longer than UINT32_MAX
   // bytes; throws std::bad_alloc when it does not fit into memory. In each case the document stays
-  // as it was. What a parse allocates is freed with the document; a deep text takes two parses.
+  // as it was. What a parse stores is freed with the document; a deep text takes two parses.
   bool Parse(const char* text);
 
   // Called by the parser, like the base class's other handlers. These limit the depth.
@@ -53,9 +53,9 @@ class JsonDocument
 };
 
 // Returns `text` with spaces in place of all but the first eight digits, not counting leading
-// zeros, of each negative exponent; nullopt when no exponent is that long. The parser accepts or
-// refuses the result as it does `text`, and reads the same values: a number with such an exponent
-// is 0 either way.
+// zeros, of each negative exponent; nullopt when no exponent is that long, not even in a string.
+// The parser accepts or refuses the result as it does `text`, and reads the same values: a number
+// with such an exponent is 0 either way.
 std::optional<std::string> ShortenNegativeExponents(std::string_view text);
 
 }  // namespace qordex

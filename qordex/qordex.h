@@ -50,7 +50,7 @@ class QORDEX {
 
   // Sends `record` unchanged, waits for one reply without a time-out, and prints it. Returns
   // kStatusLinkFailed, with the reason printed, when the exchange fails, or when the reply has an
-  // impossible length or lacks its type word. Any other reply that does not decode or has no
+  // impossible length or blocks without a type word. Any other reply that does not decode or has no
   // printable form prints nothing and counts as success. The caller must ignore SIGPIPE, or a link
   // that the service has closed ends the process.
   virtual int SendRequest(QORDEXMessageString* record) = 0;

@@ -22,7 +22,7 @@
 
 constexpr int32_t kConfigOk = 0;
 constexpr int32_t kConfigError = 4;      // bad file type, text, key or value
-constexpr int32_t kConfigNotFound = 12;  // no file, or the top-level GetObject finds no key
+constexpr int32_t kConfigNotFound = 12;  // the file or, for the top-level GetObject, the key
 
 constexpr int32_t kConfigFileTypeJson = 0;
 
@@ -70,8 +70,8 @@ class ConfigLoad {
   // cannot be read, is malformed or does not fit into memory, has a text of more than UINT32_MAX
   // bytes, or holds 200,000,000 zeros in a row, an integer beyond a double, or an exponent above
   // 308 plus the number of decimals before it, not counting those after the 17th significant digit
-  // or so. A file that never ends is read until memory ends. The memory of what was read before is
-  // freed with the loader.
+  // or so. Waits for a pipe; reads a file that never ends until memory ends. The memory of what was
+  // read before is freed with the loader.
   virtual int32_t Initialize(ConfigLoadCreateData data) = 0;
 
   // Top-level scalars. `value` is always written: what was found, or else `defaultValue`, with
@@ -107,7 +107,8 @@ class ConfigLoad {
   virtual int32_t GetStringArray(const void* object, std::string key,
                                  std::vector<std::string>& values) const = 0;
 
-  // As the top-level GetObject, except that a missing key gives kConfigError.
+  // As the top-level GetObject, except that a missing key, or an `object` that is null or no
+  // object, gives kConfigError.
   virtual int32_t GetObject(const void* object, const std::string& key,
                             const void** handle) const = 0;
 
