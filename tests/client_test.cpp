@@ -219,13 +219,12 @@ TEST(Client, ClosesASocketThatFindsNoServiceAndReportsOneThatCannotBeCreated) {
 
 TEST(Catalogue, HoldsACopyOfEachCommandUnderEachOfItsNames) {
   Catalogue catalogue;
-  std::vector<std::string>& full = catalogue["moduleName: sarvik,cmdName: inject"].args;
-  std::vector<std::string>& brief = catalogue["moduleName: sarvik,cmdName: i"].args;
-  full = brief = {"stale"};
+  for (const char* key : {"moduleName: sarvik,cmdName: inject", "moduleName: sarvik,cmdName: i"})
+    catalogue[key].args = {"stale"};
   RegisterSarvikModule(catalogue);
   RegisterCommand(CmdOption(), catalogue);  // left out, because it has no module
   EXPECT_EQ(catalogue.size(), 6U);
-  EXPECT_TRUE(full.empty() && brief.empty());
+  for (const auto& [key, entry] : catalogue) EXPECT_TRUE(entry.args.empty()) << key;
   EXPECT_EQ(CatalogueKey(std::string(600, 'm'), ""), "moduleName: " + std::string(499, 'm'));
 }
 

@@ -191,10 +191,12 @@ TEST(ConfigLoad, HandsOutHandlesToValuesOfAnyKindAndNullForAMissingKey) {
   const auto loader = Load(R"({"n": 5, "o": {"x": {"y": 1}}})");
   const void* const untouched = loader.get();
   const void* handle = untouched;
+  EXPECT_EQ(loader->GetObject(""), nullptr);
   EXPECT_EQ(loader->GetObject("", &handle), 4);
   EXPECT_EQ(loader->GetObject(nullptr, "", &handle), 4);
   EXPECT_EQ(handle, untouched);
-  EXPECT_EQ(TakeLog(), kGetObject + "key is empty\n" + kGetObject + "Failed to get key: \n");
+  EXPECT_EQ(TakeLog(),
+            Repeat(kGetObject + "key is empty\n", 2) + kGetObject + "Failed to get key: \n");
   EXPECT_EQ(loader->GetObject("n", &handle), 0);
   EXPECT_NE(handle, nullptr);
   EXPECT_EQ(loader->GetObject(loader->GetObject("o"), "x", &handle), 0);
@@ -351,7 +353,7 @@ TEST(Property, IsAnIntegerOf32BitsOrTheDefault) {
   std::string values;
   for (const char* text :
        {" 6", "0x7", "010", "2147483647", "-2147483648",  // and those that are none
-        "", "7x", "2147483648", "-2147483649"}) {
+        "", "7 ", "2147483648", "-2147483649"}) {
     setenv(kThreshold, text, 1);
     values += Text(property_get_int32(kThreshold, 5)) + " ";
   }
