@@ -274,7 +274,7 @@ int main(int argc, char** argv) {
   }
   for (int connection; (connection = accept(listener, nullptr, nullptr)) >= 0; close(connection))
     Serve(connection, options);
-  std::perror("accept");  // such as: no descriptors are left
+  std::perror("accept");  // for one, when no descriptors are left
   RemoveSocket();
   return EXIT_FAILURE;
 }
