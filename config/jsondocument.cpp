@@ -1,13 +1,11 @@
 #include "config/jsondocument.h"
 
 #include <rapidjson/document.h>
-#include <rapidjson/error/error.h>
 #include <rapidjson/reader.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,74 +14,55 @@ namespace qordex {
 
 namespace {
 
-// This many levels of recursion fit a stack of 64 KB.
-constexpr std::size_t kRecursionLevels = 256;
-
-// In an int, the parser subtracts from the exponent the count of decimals: the zeros after the
-// point and at most 17 digits more. With fewer than kTooManyZeros of them, a negative exponent of
-// kSafeDigits digits cannot overflow. A positive exponent may be as large as 308 plus that count;
-// after some 214,748,040 zeros, reading one would overflow.
-constexpr std::size_t kSafeDigits = 8;
+// RapidJSON 1.1.0 adds a number's exponent and the count of its decimals in an int without a check
+// (CVE-2024-38517): 0.00000000001e-2147483639 would read outside a table. The sum fits as long as
+// a negative exponent has at most 8 digits, and fewer than 200,000,000 zeros stand after the point.
+constexpr std::size_t kMaxExponentDigits = 8;
 constexpr int kTooManyZeros = 200'000'000;
 
-// The digits past the safe ones of the exponent whose minus is at `i`; empty when there is none.
-std::string_view UnsafeDigits(std::string_view text, std::size_t i) {
-  const bool isExponent = i > 0 && text[i] == '-' && (text[i - 1] == 'e' || text[i - 1] == 'E');
-  std::string_view digits = text.substr(isExponent ? i + 1 : text.size());
-  digits = digits.substr(0, digits.find_first_not_of("0123456789"));
-  digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
-  digits.remove_prefix(std::min(kSafeDigits, digits.size()));
-  return digits;
+// RapidJSON counts bytes, members and elements in 32 bits.
+constexpr std::size_t kMaxTextSize = UINT32_MAX;
+
+struct Digits {
+  std::size_t position;
+  std::size_t count;
+};
+
+// The digits past the first eight, not counting leading zeros, of the negative exponent whose minus
+// is at `minus`. None when it has no more, and when the byte there is not an exponent's minus.
+Digits ExcessExponentDigits(std::string_view text, std::size_t minus) {
+  const char before = minus > 0 ? text[minus - 1] : '\0';
+  if (text[minus] != '-' || (before != 'e' && before != 'E')) return {minus, 0};
+
+  const std::size_t end = std::min(text.find_first_not_of("0123456789", minus + 1), text.size());
+  const std::size_t first = std::min(text.find_first_not_of('0', minus + 1), end);
+  const std::size_t excess = std::min(first + kMaxExponentDigits, end);
+  return {excess, end - excess};
 }
 
-// Replaces the root of `document` unless there is an error.
-template <unsigned kFlags>
-rapidjson::ParseErrorCode ParseInto(JsonDocument& document, const char* text) {
-  // With a type of its own, each parser has its own copy of every function that it calls. GCC then
-  // inlines those with one caller, which makes strings a fifth faster.
-  struct StackAllocator : ThrowingAllocator {};
-  rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, StackAllocator> reader;
-  auto parse = [&](auto& /*base*/) {
-    rapidjson::StringStream stream(text);
-    return !reader.template Parse<kFlags>(stream, document).IsError();
-  };
-  document.Populate(parse);
-  return reader.GetParseErrorCode();
+bool HasExcessExponentDigits(std::string_view text) {
+  // Looks for the minus, because it is rarer in a text than an "e".
+  std::size_t minus = text.find('-');
+  while (minus != std::string_view::npos) {
+    if (ExcessExponentDigits(text, minus).count > 0) return true;
+    minus = text.find('-', minus + 1);
+  }
+  return false;
 }
 
 }  // namespace
 
-void* ThrowingAllocator::Malloc(std::size_t size) { return Realloc(nullptr, 0, size); }
-
-void* ThrowingAllocator::Realloc(void* block, std::size_t oldSize, std::size_t newSize) {
-  void* const moved = CrtAllocator::Realloc(block, oldSize, newSize);
-  if (moved == nullptr && newSize > 0) throw std::bad_alloc();
-  return moved;
-}
-
 bool JsonDocument::Parse(const char* text) {
   const std::string_view view = text;
-  if (view.size() > UINT32_MAX) return false;
+  if (view.size() > kMaxTextSize) return false;
   if (std::search_n(view.begin(), view.end(), kTooManyZeros, '0') != view.end()) return false;
   const std::optional<std::string> shortened = ShortenNegativeExponents(view);
   if (shortened) text = shortened->c_str();
-
-  // Both flags accept the same texts, with the same values; the first recurses, and is faster.
-  levelsLeft = kRecursionLevels;
-  auto error = ParseInto<rapidjson::kParseNoFlags>(*this, text);
-  if (error == rapidjson::kParseErrorTermination) {
-    levelsLeft = SIZE_MAX;
-    error = ParseInto<rapidjson::kParseIterativeFlag>(*this, text);
-  }
-  return error == rapidjson::kParseErrorNone;
+  return !GenericDocument::Parse<rapidjson::kParseIterativeFlag>(text).HasParseError();
 }
 
 std::optional<std::string> ShortenNegativeExponents(std::string_view text) {
-  // A minus is rarer in a text than an "e".
-  std::size_t minus = text.find('-');
-  while (minus < text.size() && UnsafeDigits(text, minus).empty())
-    minus = text.find('-', minus + 1);
-  if (minus == std::string_view::npos) return std::nullopt;
+  if (!HasExcessExponentDigits(text)) return std::nullopt;
 
   std::string shortened(text);
   bool isInString = false;
@@ -91,8 +70,8 @@ std::optional<std::string> ShortenNegativeExponents(std::string_view text) {
     if (text[i] == '"') isInString = !isInString;
     if (isInString && text[i] == '\\') ++i;
     if (isInString) continue;
-    const std::string_view digits = UnsafeDigits(text, i);
-    std::fill_n(shortened.begin() + (digits.data() - text.data()), digits.size(), ' ');
+    const Digits excess = ExcessExponentDigits(text, i);
+    shortened.replace(excess.position, excess.count, excess.count, ' ');
   }
   return shortened;
 }

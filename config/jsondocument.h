@@ -1,10 +1,7 @@
-// A JSON document that takes any text.
+// The document that a JSON file is read into: RapidJSON's, for texts of any content and size.
 //
-// A text can crash plain RapidJSON: it recurses once per nesting level, adds up an exponent and the
-// decimals before it in an int, counts in 32 bits, and does not check whether it got memory. Here a
-// text that nests deeply is parsed again without recursion; negative exponents and runs of zeros
-// are kept so short that the sum fits an int; a text of more than UINT32_MAX bytes is refused; and
-// running out of memory throws.
+// It is parsed without recursion, so that nesting is limited only by memory. An allocation that
+// fails throws, because RapidJSON itself does not look whether it got memory.
 
 #pragma once
 
@@ -19,17 +16,24 @@
 #include <rapidjson/document.h>
 
 #include <cstddef>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace qordex {
 
-// Throws std::bad_alloc where RapidJSON's own allocator returns null. Sizes are in bytes.
+// Throws std::bad_alloc where RapidJSON's own allocator returns null. Sizes are in bytes. The
+// functions are inline because the parser calls them from its innermost loops.
 class ThrowingAllocator : public rapidjson::CrtAllocator {
  public:
-  void* Malloc(std::size_t size);
-  void* Realloc(void* block, std::size_t oldSize, std::size_t newSize);
+  void* Malloc(std::size_t size) { return Realloc(nullptr, 0, size); }
+
+  void* Realloc(void* block, std::size_t oldSize, std::size_t newSize) {
+    void* const moved = CrtAllocator::Realloc(block, oldSize, newSize);
+    if (moved == nullptr && newSize > 0) throw std::bad_alloc();
+    return moved;
+  }
 };
 
 class JsonDocument
@@ -39,17 +43,8 @@ class JsonDocument
   // Parses a text that ends at its first zero byte. Returns false when it is malformed, holds a
   // number that RapidJSON refuses or 200,000,000 zeros in a row, or is longer than UINT32_MAX
   // bytes; throws std::bad_alloc when it does not fit into memory. In each case the document stays
-  // as it was. What a parse stores is freed with the document; a deep text takes two parses.
+  // as it was. What a parse stores is freed with the document.
   bool Parse(const char* text);
-
-  // Called by the parser, like the base class's other handlers. These limit the depth.
-  bool StartObject() { return levelsLeft-- > 0 && GenericDocument::StartObject(); }
-  bool StartArray() { return levelsLeft-- > 0 && GenericDocument::StartArray(); }
-  bool EndObject(rapidjson::SizeType n) { return ++levelsLeft, GenericDocument::EndObject(n); }
-  bool EndArray(rapidjson::SizeType n) { return ++levelsLeft, GenericDocument::EndArray(n); }
-
- private:
-  std::size_t levelsLeft = 0;
 };
 
 // Returns `text` with spaces in place of all but the first eight digits, not counting leading
