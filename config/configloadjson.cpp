@@ -3,6 +3,7 @@
 #include <android/log.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -127,14 +128,17 @@ int32_t ConfigLoadJson::ReadFile(const std::string& path) {
 
   struct stat attributes = {};
   fstat(fileno(file.get()), &attributes);
+  // One byte more than the file has, so that the first read reaches its end. A pipe has no size.
+  constexpr std::size_t kSmallestStep = 4096;
+  const auto fileSize = static_cast<std::size_t>(attributes.st_size);
+  const std::size_t step = std::max(fileSize + 1, kSmallestStep);
   std::string text;
-  text.reserve(static_cast<std::size_t>(attributes.st_size));  // 0 for a pipe
-  char block[16384];
-  std::size_t count = 0;
+  std::size_t size = 0;
   do {
-    count = std::fread(block, 1, sizeof(block), file.get());
-    text.append(block, count);
-  } while (count == sizeof(block));
+    text.resize(size + step);
+    size += std::fread(&text[size], 1, step, file.get());
+  } while (size == text.size());
+  text.resize(size);
   if (std::ferror(file.get()) != 0) return kConfigError;
   content = std::move(text);
   return kConfigOk;
