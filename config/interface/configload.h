@@ -67,11 +67,9 @@ class ConfigLoad {
 
   // Reads and parses a file. On failure the values read before stay readable. Returns
   // kConfigNotFound when the file cannot be opened; kConfigError when it is of an unknown type,
-  // cannot be read, is malformed or does not fit into memory, has a text of more than UINT32_MAX
-  // bytes, or holds 200,000,000 zeros in a row, an integer beyond a double, or an exponent above
-  // 308 plus the number of decimals before it, not counting those after the 17th significant digit
-  // or so. Waits for a pipe; reads a file that never ends until memory ends. The memory of what was
-  // read before is freed with the loader.
+  // cannot be read, is malformed or does not fit into memory. docs/configuration.md lists the few
+  // well-formed texts that are refused as well. A pipe is waited for; a file that never ends is
+  // read until memory ends. The memory of what was read before is freed with the loader.
   virtual int32_t Initialize(ConfigLoadCreateData data) = 0;
 
   // Top-level scalars. `value` is always written: what was found, or else `defaultValue`, with
