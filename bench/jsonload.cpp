@@ -1,9 +1,10 @@
 // Loads a JSON file COUNT times: with CreateObject, or by hand, which reads it whole and parses it
-// into RapidJSON's own document.
+// into RapidJSON's own document, with its parser that does not recurse or with the one that does.
 //
-// usage: jsonload CreateObject|by-hand FILE COUNT
+// usage: jsonload CreateObject|iterative|recursive FILE COUNT
 
 #include <rapidjson/document.h>
+#include <rapidjson/reader.h>
 
 #include <cstddef>
 #include <cstdio>
@@ -19,11 +20,14 @@
 
 namespace {
 
+using Load = bool(const std::string& path);
+
 bool LoadWithCreateObject(const std::string& path) {
   const std::unique_ptr<const ConfigLoad> loader(CreateObject({kConfigFileTypeJson, path}));
   return loader != nullptr;
 }
 
+template <unsigned kParseFlags>
 bool LoadByHand(const std::string& path) {
   const std::size_t size = std::filesystem::file_size(path);
   const std::unique_ptr<char[]> text(new char[size + 1]);
@@ -31,20 +35,26 @@ bool LoadByHand(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   rapidjson::Document document;
   return file.read(text.get(), static_cast<std::streamsize>(size)) &&
-         !document.Parse(text.get()).HasParseError();
+         !document.Parse<kParseFlags>(text.get()).HasParseError();
+}
+
+// The way to load of that name, or null.
+Load* FindLoad(const std::string& name) {
+  if (name == "CreateObject") return LoadWithCreateObject;
+  if (name == "iterative") return LoadByHand<rapidjson::kParseIterativeFlag>;
+  if (name == "recursive") return LoadByHand<rapidjson::kParseDefaultFlags>;
+  return nullptr;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::string way = argc == 4 ? argv[1] : "";
-  const auto count = argc == 4 ? std::strtol(argv[3], nullptr, 10) : 0;
-  if ((way != "CreateObject" && way != "by-hand") || count < 1) {
-    std::fputs("usage: jsonload CreateObject|by-hand FILE COUNT\n", stderr);
+  const auto load = argc == 4 ? FindLoad(argv[1]) : nullptr;
+  if (load == nullptr) {
+    std::fputs("usage: jsonload CreateObject|iterative|recursive FILE COUNT\n", stderr);
     return EXIT_FAILURE;
   }
-  const auto load = way == "CreateObject" ? LoadWithCreateObject : LoadByHand;
-  for (auto left = count; left > 0; --left) {
+  for (long left = std::strtol(argv[3], nullptr, 10); left > 0; --left) {
     if (!load(argv[2])) return EXIT_FAILURE;
   }
 }

@@ -36,18 +36,14 @@ constexpr std::size_t kRecordSize = 4104;
 constexpr char kFolder[] = "/data/vendor/camera";
 constexpr char kConfigPath[] = "/odm/etc/camera/qordex_config.json";
 
-struct Exchange {
-  std::string request;  // all bytes that the client sent, up to two records
-  std::string printed;  // standard error as well, and how the client ended if not with status 0
-};
-
 // The record that carries `message`, written in protocol-buffer text format.
 std::string Record(const std::string& message) {
   QORDEXMessage parsed;
   EXPECT_TRUE(google::protobuf::TextFormat::ParseFromString(message, &parsed)) << message;
+  const std::string bytes = parsed.SerializeAsString();
   QORDEXMessageString record = {};
-  record.length = static_cast<int32_t>(parsed.ByteSizeLong());
-  EXPECT_TRUE(parsed.SerializeToArray(record.data, sizeof(record.data)));
+  record.length = static_cast<int32_t>(bytes.size());
+  bytes.copy(record.data, sizeof(record.data));
   return {reinterpret_cast<const char*>(&record), sizeof(record)};
 }
 
@@ -70,6 +66,12 @@ std::string Read(int fd, std::size_t size) {
   return bytes;
 }
 
+// A client that has been started. What it prints on either stream comes through the pipe `output`.
+struct RunningClient {
+  pid_t process;
+  int output;
+};
+
 // Turns this process into the client, which prints to `output`, starts without the descriptors in
 // `closed`, and is ended after 20 seconds.
 [[noreturn]] void Execute(const Words& words, int output, const std::vector<int>& closed) {
@@ -86,32 +88,58 @@ std::string Read(int fd, std::size_t size) {
   std::abort();
 }
 
+RunningClient Start(const Words& words, const std::vector<int>& closed = {}) {
+  // The client inherits the pipe, and so keeps it open until it ends, even without its streams.
+  int output[2];
+  EXPECT_EQ(pipe(output), 0);
+  const pid_t process = fork();
+  if (process == 0) Execute(words, output[1], closed);
+  close(output[1]);
+  return {process, output[0]};
+}
+
+// Returns the connection that the client makes to `listener`.
+int Accept(int listener, const RunningClient& client) {
+  // Without events to wait for, poll reports only that a pipe's other end is closed: the client has
+  // ended.
+  pollfd either[] = {{listener, POLLIN, 0}, {client.output, 0, 0}};
+  poll(either, 2, 20'000);
+  const bool isConnecting = either[0].revents != 0;
+  if (!isConnecting) throw std::runtime_error("the client does not connect");
+  return accept(listener, nullptr, nullptr);
+}
+
+// Waits for the end of the client. Returns what it has printed, and the exit status that a shell
+// would show if it is not 0.
+std::string Finish(const RunningClient& client) {
+  std::string printed = Read(client.output, SIZE_MAX);
+  close(client.output);
+  int status = 0;
+  waitpid(client.process, &status, 0);
+  status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+  if (status != 0) printed += "exit status " + std::to_string(status) + "\n";
+  return printed;
+}
+
+struct Exchange {
+  std::string request;  // all bytes that the client sent, up to two records
+  std::string printed;  // as Finish returns it
+};
+
 // Runs the client with the given words against a service that takes one connection and one record,
-// and answers with `reply`. The client closes the link.
+// and answers with `reply`, or only closes its end when that is empty. The client closes the link.
 Exchange RunAgainst(const std::string& reply, const Words& words = {"sarvik", "--help"},
                     const std::vector<int>& closed = {}) {
   const int listener = Listen(kQORDEXSocketPath);
-  // The client inherits the pipe, and so keeps it open until it ends.
-  int output[2];
-  EXPECT_EQ(pipe(output), 0);
-  const pid_t client = fork();
-  if (client == 0) Execute(words, output[1], closed);
-  close(output[1]);
-  pollfd either[] = {{listener, POLLIN, 0}, {output[0], 0, 0}};
-  poll(either, 2, 20'000);
-  const int connection = either[0].revents == 0 ? -1 : accept(listener, nullptr, nullptr);
-  if (connection < 0) throw std::runtime_error("the client does not connect");
+  const RunningClient client = Start(words, closed);
+  const int connection = Accept(listener, client);
   Exchange exchange;
   exchange.request = Read(connection, kRecordSize);
   send(connection, reply.data(), reply.size(), MSG_NOSIGNAL);
+  if (reply.empty()) shutdown(connection, SHUT_WR);
   exchange.request += Read(connection, kRecordSize);
-  exchange.printed = Read(output[0], SIZE_MAX);
-  for (const int fd : {connection, listener, output[0]}) close(fd);
-  int status = 0;
-  waitpid(client, &status, 0);
-  // What a shell would show.
-  status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-  if (status != 0) exchange.printed += "exit status " + std::to_string(status) + "\n";
+  exchange.printed = Finish(client);
+  for (const int fd : {connection, listener}) close(fd);
   return exchange;
 }
 
@@ -158,6 +186,22 @@ TEST(Client, DecodesWhatArrivesInOneReceive) {
     const std::string reply = Record("cmds { arguments: 'fourteen bytes' }").substr(0, cut);
     EXPECT_EQ(RunAgainst(reply).printed, cut > 4100 ? "fourteen bytes\n" : "");
   }
+}
+
+TEST(Client, ReportsAServiceThatDoesNotAnswer) {
+  EXPECT_EQ(RunAgainst("").printed,
+            "Received nothing from server\nFailed to send request: 1\nexit status 1\n");
+}
+
+TEST(Client, ReportsAServiceThatDoesNotReadTheRequest) {
+  const int listener = Listen(kQORDEXSocketPath);
+  const RunningClient client = Start({"sarvik", "--help"});
+  const int connection = Accept(listener, client);
+  pollfd request = {connection, POLLIN, 0};
+  poll(&request, 1, 20'000);
+  for (const int fd : {connection, listener}) close(fd);
+  EXPECT_EQ(Finish(client),
+            "Failed to receive message from server\nFailed to send request: 1\nexit status 1\n");
 }
 
 TEST(Client, KeepsWhatItPrintsFromTheServiceWhenStandardOutputIsClosed) {
