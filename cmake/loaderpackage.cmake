@@ -1,7 +1,5 @@
 # Installs the loader with a CMake package: its targets, their headers and a version file.
 include(CMakePackageConfigHelpers)
-include(GNUInstallDirs)
-set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME loader)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/qordex)
 install(TARGETS qordex_platform qordex_log qordex_config EXPORT qordexTargets
         FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qordex
