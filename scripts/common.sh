@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# Sourced first by every script: help, errors and a lock. The help is the script's header comment, whose last
-# lines are the usage. Sets `script` to the script's path without links.
+# Sourced first by every script: help, errors and a lock. The help is the script's header comment,
+# whose last lines are the usage. Sets `script` to the script's path without links.
 
 script=$(realpath "$0")
 
@@ -18,12 +18,7 @@ usage_error() {
   exit 2
 }
 
-# require_number NAME VALUE: fails unless VALUE, given for NAME of the usage, is a number.
-require_number() {
-  [[ $2 =~ ^[1-9][0-9]{0,8}$ ]] || usage_error "$1 is a number from 1 to 999999999${2:+, not \"$2\"}"
-}
-
-# require_choice NAME VALUE CHOICE...: fails unless VALUE is a CHOICE.
+# require_choice NAME VALUE CHOICE...: fails unless VALUE, given for NAME of the usage, is a CHOICE.
 require_choice() {
   local name=$1 value=$2 choice
   shift 2
@@ -45,10 +40,10 @@ refuse_option() { [[ $1 != -* ]] || usage_error "unexpected option \"$1\""; }
 lock() {
   local descriptor
   exec {descriptor}<"$1"
-  flock --nonblock "$descriptor" || {
+  if ! flock --nonblock "$descriptor"; then
     echo "${script##*/}: waiting for another to finish with $1" >&2
     flock "$descriptor"
-  }
+  fi
 }
 
 case ${1-} in
