@@ -33,8 +33,7 @@ int SarvikModuleArgParser(CmdOption* option, QORDEXMessageString& record) {
   cmd->set_options(option->cmdName);
   for (const std::string& argument : option->args) cmd->add_arguments(argument);
 
-  std::string bytes;
-  request.SerializeToString(&bytes);
+  const std::string bytes = request.SerializeAsString();
 
   record.reserved = 0;
   if (bytes.size() < sizeof(record.data)) {

@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <regex>
 #include <string>
@@ -49,7 +50,7 @@ const bool isThresholdSet =
 
 // A configuration with the given text, in memory for as long as the test program runs. Zero bytes
 // after the text make it as large as asked for.
-ConfigLoadCreateData Json(const std::string& text, int64_t size = 0) {
+ConfigLoadCreateData Json(const std::string& text, off_t size = 0) {
   const int fd = memfd_create("configuration", 0);
   EXPECT_EQ(ftruncate(fd, size), 0);
   EXPECT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
@@ -144,7 +145,8 @@ TEST(ConfigLoad, RefusesWhatDoesNotFitIntoMemory) {
       const rlim_t size = (pages * static_cast<rlim_t>(getpagesize())) + room;
       const rlimit limit = {size, size};
       setrlimit(RLIMIT_AS, &limit);
-      const bool isLimited = std::malloc(size) == nullptr;  // not under an emulator
+      const bool isLimited =
+          std::malloc(static_cast<std::size_t>(size)) == nullptr;  // not under an emulator
       const int32_t status = loader->Initialize(large);
       const bool isKept = status == kConfigOk || loader->GetInt("k") == 1;
       _exit(isKept && (status == kConfigError || room > 0 || !isLimited) ? status : 1);
@@ -266,7 +268,7 @@ TEST(ConfigLoad, KeepsItsValuesWhenItIsInitialisedAgainInVain) {
            {{kConfigFileTypeJson, "/nonexistent"}, 12},
            {{kConfigFileTypeJson, "/"}, 4},
            {{kConfigFileTypeJson, "broken"}, 4},
-           {Json("{}", INT64_MAX), 4},
+           {Json("{}", std::numeric_limits<off_t>::max()), 4},
            {Json("{"), 4}}) {
     EXPECT_EQ(loader->Initialize(data), status) << data.filePath;
     EXPECT_EQ(loader->GetInt("k"), 1);
@@ -393,7 +395,8 @@ extern "C" FILE* fopen(const char* filename, const char* modes) {
   static int blocks;
   isBroken = filename == std::string("broken");
   blocks = 0;
-  if (!isBroken && filename != std::string("stream")) return fopen64(filename, modes);
+  if (!isBroken && filename != std::string("stream"))
+    return fdopen(open(filename, O_RDONLY), modes);
   const auto read = [](void* /*cookie*/, char* buffer, std::size_t size) -> ssize_t {
     if (++blocks > 2) return isBroken ? -1 : 0;
     std::memset(buffer, ' ', size);
