@@ -6,18 +6,46 @@
 #include <string>
 #include <vector>
 
-TEST(TextLayout, SplitsAtRunsOfDelimitersAndAppends) {
+struct SplitCase {
+  const char* text;
+  const char* delimiters;
   std::vector<std::string> pieces;
-  for (const char* text : {",a,,b,", "", ",,,", "x, y"}) SplitString(text, &pieces, ",");
-  for (const char* text : {"x ,y", " ,"}) SplitString(text, &pieces, ", ");
-  for (const char* text : {"a,b", ""}) SplitString(text, &pieces, "");
-  EXPECT_EQ(pieces, (std::vector<std::string>{"a", "b", "x", " y", "x", "y", "a,b"}));
+};
+
+TEST(TextLayout, SplitsAtRunsOfDelimitersAndAppends) {
+  for (const SplitCase& c : {SplitCase{",a,,b,", ",", {"a", "b"}},
+                             {"", ",", {}},
+                             {",,,", ",", {}},
+                             {"x, y", ",", {"x", " y"}},
+                             {"x ,y", ", ", {"x", "y"}},
+                             {" ,", ", ", {}},
+                             {"a,b", "", {"a,b"}},
+                             {"", "", {}}}) {
+    std::vector<std::string> pieces = {"earlier"};
+    std::vector<std::string> expected = pieces;
+    expected.insert(expected.end(), c.pieces.begin(), c.pieces.end());
+    SplitString(c.text, &pieces, c.delimiters);
+    EXPECT_EQ(pieces, expected) << c.text << " at " << c.delimiters;
+  }
 }
 
+struct PadCase {
+  const char* text;
+  int width;
+  const char* centred;
+  const char* leftAligned;
+};
+
 TEST(TextLayout, PadsToTheWidthInBytesAndNeverCuts) {
-  EXPECT_EQ(Center("ab", 7, '-') + leftAlign("ab", 7, '.'), "--ab---ab.....");
-  EXPECT_EQ(Center("模", 4, '-') + leftAlign("模", 4, '.'), "模-模.");
-  EXPECT_EQ(Center("", 5, '-') + leftAlign("", 5, '.'), "-----.....");
-  for (const int width : {2, 1, 0, -1, INT_MIN})
-    EXPECT_EQ(Center("ab", width, '-') + leftAlign("ab", width, '.'), "abab");
+  for (const PadCase& c : {PadCase{"ab", 7, "--ab---", "ab-----"},
+                           {"模", 4, "模-", "模-"},
+                           {"", 5, "-----", "-----"},
+                           {"ab", 2, "ab", "ab"},
+                           {"ab", 1, "ab", "ab"},
+                           {"ab", 0, "ab", "ab"},
+                           {"ab", -1, "ab", "ab"},
+                           {"ab", INT_MIN, "ab", "ab"}}) {
+    EXPECT_EQ(Center(c.text, c.width, '-'), c.centred) << c.text << " in " << c.width;
+    EXPECT_EQ(leftAlign(c.text, c.width, '-'), c.leftAligned) << c.text << " in " << c.width;
+  }
 }
