@@ -166,16 +166,21 @@ TEST(Client, PrintsEachFormOfReply) {
 }
 
 TEST(Client, RefusesLengthsThatNoMessageHas) {
-  // A message that fills the data to its last byte.
-  const std::string full =
+  // A message that fills the data to its last byte, mostly with a field that the schema does not
+  // have, in a record whose reserved word is not 0.
+  std::string record =
       Record("cmds { arguments: 'a' } descriptions: '" + std::string(4088, 'd') + "'");
+  const std::size_t descriptions = record.find("\x22\xf8\x1f");  // field 4, of 4088 bytes
+  ASSERT_NE(descriptions, std::string::npos);
+  record[descriptions] = 0x2a;  // field 5
+  record.replace(0, 4, "any ");
   const std::string invalid =
       "Invalid reply from server\nFailed to send request: 1\nexit status 1\n";
   for (const int32_t length : {0, 4095, 4096, 4097, -1, INT32_MIN, INT32_MAX}) {
-    std::string reply = full;
-    reply.replace(4100, 4, reinterpret_cast<const char*>(&length), 4);
+    record.replace(4100, 4, reinterpret_cast<const char*>(&length), 4);
     const std::string valid = length == 4096 ? "a\n" : "";
-    EXPECT_EQ(RunAgainst(reply).printed, 0 <= length && length <= 4096 ? valid : invalid) << length;
+    EXPECT_EQ(RunAgainst(record).printed, 0 <= length && length <= 4096 ? valid : invalid)
+        << length;
   }
 }
 
@@ -205,14 +210,17 @@ TEST(Client, ReportsAServiceThatDoesNotReadTheRequest) {
 }
 
 TEST(Client, KeepsWhatItPrintsFromTheServiceWhenStandardOutputIsClosed) {
-  // A table longer than the buffer of a stream, so that it is written before the program ends.
-  const std::string table =
-      "cmds { options: 'type' arguments: 'list' } cmds { options: 'a' arguments: ['" +
-      std::string(2000, 'b') + "', 'c', 'd', 'e', 'f'] }";
-  for (const std::vector<int>& closed : {std::vector<int>{1}, {0, 1, 2}}) {
-    const Exchange exchange = RunAgainst(Record(table), {"sarvik", "--help"}, closed);
-    EXPECT_EQ(exchange.printed, "");
-    EXPECT_EQ(exchange.request.size(), kRecordSize);
+  // A block that is longer than the buffer of a stream is written before the program ends.
+  const std::string block =
+      "cmds { options: 'a' arguments: ['" + std::string(2000, 'b') + "', 'c', 'd', 'e', 'f'] }";
+  for (const char* type : {"string", "list"}) {
+    const std::string reply =
+        Record("cmds { options: 'type' arguments: '"s + type + "' } " + block);
+    for (const std::vector<int>& closed : {std::vector<int>{1}, {0, 1, 2}}) {
+      const Exchange exchange = RunAgainst(reply, {"sarvik", "--help"}, closed);
+      EXPECT_EQ(exchange.printed, "") << type;
+      EXPECT_EQ(exchange.request.size(), kRecordSize) << type;
+    }
   }
 }
 
@@ -227,6 +235,9 @@ TEST(Client, CutsTheSocketPathAt107BytesAndKeepsTheRequest) {
   EXPECT_EQ(write(connection, Record("").data(), kRecordSize), static_cast<ssize_t>(kRecordSize));
   EXPECT_EQ(client->SendRequest(&record), kStatusOk);
   EXPECT_EQ(std::memcmp(&record, &before, sizeof(record)), 0);
+  EXPECT_EQ(Read(connection, kRecordSize).size(), kRecordSize);
+  char more = 0;
+  EXPECT_EQ(recv(connection, &more, 1, MSG_DONTWAIT), -1) << "the link is open both ways";
   client->Destroy();
   for (const int fd : {connection, listener}) close(fd);
 }
@@ -246,10 +257,11 @@ TEST(Client, ReportsASendToALinkThatIsBrokenAlready) {
 }
 
 TEST(Client, ClosesASocketThatFindsNoServiceAndReportsOneThatCannotBeCreated) {
-  const int before = dup(STDIN_FILENO);
-  // First, because a sanitizer opens descriptors when it first checks an object of a class.
+  // First, because a sanitizer opens descriptors when it first checks an object of a class. dup
+  // takes the lowest free descriptor, which is one more each time unless others are left open.
+  const int lowestFree = dup(STDIN_FILENO);
   EXPECT_EQ(QORDEX::Create({"/nonexistent", kConfigPath}), nullptr);
-  EXPECT_EQ(dup(STDIN_FILENO), before + 1);
+  EXPECT_EQ(dup(STDIN_FILENO), lowestFree + 1);
   rlimit limit = {};
   getrlimit(RLIMIT_NOFILE, &limit);
   const rlimit none = {0, limit.rlim_max};

@@ -39,14 +39,33 @@ std::string logged;  // without the line numbers of the loader
 
 std::string TakeLog() { return std::exchange(logged, ""); }
 
+// A line that the loader has logged, without the number of the line in its source. Checks that the
+// source does log there.
+std::string WithoutLineNumber(const std::string& line) {
+  std::smatch parts;
+  if (!std::regex_match(line, parts, std::regex("(config[a-z.]*):([0-9]+)( .*)"))) return line;
+  const std::string folder = parts[1] == "configloadfactory.h" ? "interface/" : "";
+  std::ifstream source(CASES "/../../config/" + folder + parts[1].str());
+  std::string text;
+  for (int i = std::stoi(parts[2]); i > 0; --i) std::getline(source, text);
+  EXPECT_TRUE(std::regex_search(text, std::regex("SARVIK_LOG|return LogIf"))) << line;
+  return parts[1].str() + parts[3].str();
+}
+
 constexpr char kThreshold[] = "persist.vendor.camera.sarviksystem.loglevel";
 const std::string kNotCreated = "configloadjson.cpp Create() Failed to initialize ConfigLoadJson\n";
 const std::string kGetObject = "configloadjson.cpp GetObject() ";
 
-// This file's copy of the log function keeps the default threshold. The loader's copy has the
-// highest at which errors are logged.
-const bool isThresholdSet =
-    (SarvikSystemLog(3, "f", 1, "F", "dropped"), setenv(kThreshold, "6", 1) == 0);
+// Each source file's copy of the log function reads the threshold at its first message. This file's
+// reads the default; the loader's will read the highest at which errors are logged.
+class Thresholds : public testing::Environment {
+ public:
+  void SetUp() override {
+    SarvikSystemLog(3, "f", 1, "F", "dropped");
+    setenv(kThreshold, "6", 1);
+  }
+};
+const auto* const thresholds = testing::AddGlobalTestEnvironment(new Thresholds);
 
 // A configuration with the given text, in memory for as long as the test program runs. Zero bytes
 // after the text make it as large as asked for.
@@ -55,6 +74,12 @@ ConfigLoadCreateData Json(const std::string& text, off_t size = 0) {
   EXPECT_EQ(ftruncate(fd, size), 0);
   EXPECT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
   return {kConfigFileTypeJson, "/proc/self/fd/" + std::to_string(fd)};
+}
+
+int LowestFreeDescriptor() {
+  const int fd = dup(STDIN_FILENO);
+  close(fd);
+  return fd;
 }
 
 std::string Repeat(const std::string& text, int count) {
@@ -145,15 +170,18 @@ TEST(ConfigLoad, RefusesWhatDoesNotFitIntoMemory) {
       const rlim_t size = (pages * static_cast<rlim_t>(getpagesize())) + room;
       const rlimit limit = {size, size};
       setrlimit(RLIMIT_AS, &limit);
-      const bool isLimited =
-          std::malloc(static_cast<std::size_t>(size)) == nullptr;  // not under an emulator
+      // An emulator does not hold the program to the limit.
+      const bool isLimited = std::malloc(static_cast<std::size_t>(size)) == nullptr;
       const int32_t status = loader->Initialize(large);
-      const bool isKept = status == kConfigOk || loader->GetInt("k") == 1;
-      _exit(isKept && (status == kConfigError || room > 0 || !isLimited) ? status : 1);
+      if (status == kConfigOk && room == 0 && isLimited) _exit(1);    // it cannot have loaded
+      if (status != kConfigOk && loader->GetInt("k") != 1) _exit(2);  // the earlier value is lost
+      _exit(status);
     }
     int status = 0;
     waitpid(child, &status, 0);
-    EXPECT_TRUE(status == 0 || WEXITSTATUS(status) == kConfigError) << room << " " << status;
+    EXPECT_TRUE(WIFEXITED(status)) << room;
+    EXPECT_TRUE(WEXITSTATUS(status) == kConfigOk || WEXITSTATUS(status) == kConfigError)
+        << "status " << WEXITSTATUS(status) << " with room " << room;
   }
 }
 #endif
@@ -203,6 +231,8 @@ TEST(ConfigLoad, HandsOutHandlesToValuesOfAnyKindAndNullForAMissingKey) {
   EXPECT_NE(handle, nullptr);
   EXPECT_EQ(loader->GetObject(loader->GetObject("o"), "x", &handle), 0);
   EXPECT_EQ(CallGetters(*loader, "y", handle), "GetInt 1\n");
+  EXPECT_EQ(loader->GetObject(handle, "y", &handle), 0) << "a number has a handle, too";
+  EXPECT_NE(handle, nullptr);
   EXPECT_EQ(loader->GetObject("m", &handle), 12);
   EXPECT_EQ(handle, nullptr);
   EXPECT_EQ(TakeLog(), kGetObject + "key is not found: m\n");
@@ -270,7 +300,9 @@ TEST(ConfigLoad, KeepsItsValuesWhenItIsInitialisedAgainInVain) {
            {{kConfigFileTypeJson, "broken"}, 4},
            {Json("{}", std::numeric_limits<off_t>::max()), 4},
            {Json("{"), 4}}) {
+    const int lowestFree = LowestFreeDescriptor();
     EXPECT_EQ(loader->Initialize(data), status) << data.filePath;
+    EXPECT_EQ(LowestFreeDescriptor(), lowestFree) << "the file is closed";
     EXPECT_EQ(loader->GetInt("k"), 1);
     EXPECT_EQ(TakeLog(), "");
     EXPECT_EQ(CreateObject(data), nullptr);
@@ -299,18 +331,27 @@ class Overriding : public ConfigLoadJson {
   using ConfigLoadJson::GetFloat, ConfigLoadJson::GetFloatArray, ConfigLoadJson::GetInt;
   using ConfigLoadJson::GetIntArray, ConfigLoadJson::GetString, ConfigLoadJson::GetStringArray;
   using Key = const std::string&;
+  using Ints = std::vector<int32_t>;
+  using Floats = std::vector<float>;
   using Texts = std::vector<std::string>;
-  int32_t GetInt(Key, int32_t& v, int32_t) const override { return v = 5, kConfigOk; }
-  int32_t GetFloat(Key, float& v, float) const override { return v = 2.5F, kConfigOk; }
-  int32_t GetString(Key, std::string& v, std::string) const override { return v = "x", kConfigOk; }
-  int32_t GetIntArray(Key, std::vector<int32_t>& v) const override { return v = {5}, kConfigOk; }
-  int32_t GetFloatArray(Key, std::vector<float>& v) const override { return v = {5}, kConfigOk; }
-  int32_t GetStringArray(Key, Texts& v) const override { return v = {"x"}, kConfigOk; }
-  int32_t GetObject(Key, const void** handle) const override { return *handle = this, kConfigOk; }
+  int32_t GetInt(Key, int32_t& v, int32_t) const override { return Give(5, v); }
+  int32_t GetFloat(Key, float& v, float) const override { return Give(2.5F, v); }
+  int32_t GetString(Key, std::string& v, std::string) const override { return Give("x", v); }
+  int32_t GetIntArray(Key, Ints& v) const override { return Give(Ints{5}, v); }
+  int32_t GetFloatArray(Key, Floats& v) const override { return Give(Floats{5}, v); }
+  int32_t GetStringArray(Key, Texts& v) const override { return Give(Texts{"x"}, v); }
+  int32_t GetObject(Key, const void** handle) const override { return Give(this, *handle); }
   const void* GetObject(Key) const override { return rows; }
   int32_t GetObject(const void*, Key, const void**) const override { return kConfigError; }
 
   const void* rows = nullptr;
+
+ private:
+  template <typename Given, typename Result>
+  static int32_t Give(const Given& given, Result& value) {
+    value = given;
+    return kConfigOk;
+  }
 };
 
 TEST(ConfigLoad, GivesWithoutAStatusWhatAnOverridingClassGivesWithOne) {
@@ -351,17 +392,30 @@ TEST(Log, KeepsTheThresholdOfItsFirstMessage) {
   EXPECT_EQ(TakeLog().find("f:1 F() m\nconfig_test.cpp:"), 0U);
 }
 
+struct PropertyCase {
+  const char* text;
+  int32_t value;
+};
+
 TEST(Property, IsAnIntegerOf32BitsOrTheDefault) {
-  std::string values;
-  for (const char* text :
-       {" 6", "0x7", "010", "2147483647", "-2147483648",  // and those that are none
-        "", "7 ", "2147483648", "-2147483649"}) {
-    setenv(kThreshold, text, 1);
-    values += Text(property_get_int32(kThreshold, 5)) + " ";
+  constexpr int32_t kDefault = 5;
+  unsetenv(kThreshold);
+  EXPECT_EQ(property_get_int32(kThreshold, kDefault), kDefault);
+  // The first sets errno, which the others must not take for their own.
+  for (const PropertyCase& c : {PropertyCase{"9223372036854775808", kDefault},
+                                {" 6", 6},
+                                {"0x7", 7},
+                                {"010", 8},
+                                {"2147483647", INT32_MAX},
+                                {"-2147483648", INT32_MIN},
+                                {"", kDefault},
+                                {"7 ", kDefault},
+                                {"2147483648", kDefault},
+                                {"-2147483649", kDefault}}) {
+    setenv(kThreshold, c.text, 1);
+    EXPECT_EQ(property_get_int32(kThreshold, kDefault), c.value) << c.text;
   }
   unsetenv(kThreshold);
-  EXPECT_EQ(values + Text(property_get_int32(kThreshold, 5)),
-            "6 7 8 2147483647 -2147483648 5 5 5 5 5");
 }
 
 }  // namespace
@@ -374,33 +428,28 @@ int __android_log_print(int priority, const char* tag, const char* format, ...) 
   EXPECT_STREQ(format, "%s");
   va_list arguments;
   va_start(arguments, format);
-  std::string line = va_arg(arguments, const char*);
+  logged += WithoutLineNumber(va_arg(arguments, const char*)) + "\n";
   va_end(arguments);
-  std::smatch parts;
-  if (std::regex_match(line, parts, std::regex("(config[a-z.]*):([0-9]+)( .*)"))) {
-    const std::string folder = parts[1] == "configloadfactory.h" ? "interface/" : "";
-    std::ifstream source(CASES "/../../config/" + folder + parts[1].str());
-    std::string text;
-    for (int i = std::stoi(parts[2]); i > 0; --i) std::getline(source, text);
-    EXPECT_TRUE(std::regex_search(text, std::regex("SARVIK_LOG|return LogIf"))) << line;
-    line = parts[1].str() + parts[3].str();
-  }
-  logged += line + "\n";
   return 1;
 }
 
-// In place of libc's: in "broken" and in "stream", whose size is unknown, two blocks can be read.
+// Replaces libc's. The file "stream" has no size and ends after two blocks: the value 2 for the key
+// "k", filled up with spaces. "broken" is like it, but reading on after the two blocks fails.
 extern "C" FILE* fopen(const char* filename, const char* modes) {
   static bool isBroken;
   static int blocks;
-  isBroken = filename == std::string("broken");
+  isBroken = filename == "broken"s;
   blocks = 0;
-  if (!isBroken && filename != std::string("stream"))
-    return fdopen(open(filename, O_RDONLY), modes);
+  if (!isBroken && filename != "stream"s) {
+    const int flags = modes[0] == 'w' ? O_WRONLY | O_CREAT | O_TRUNC : O_RDONLY;
+    return fdopen(open(filename, flags, 0666), modes);
+  }
   const auto read = [](void* /*cookie*/, char* buffer, std::size_t size) -> ssize_t {
-    if (++blocks > 2) return isBroken ? -1 : 0;
+    ++blocks;
+    if (blocks > 2) return isBroken ? -1 : 0;
+    const std::string text = blocks == 1 ? R"({"k":)" : "2}";
     std::memset(buffer, ' ', size);
-    std::memcpy(buffer, blocks == 1 ? R"({"k":)" : "2}", blocks == 1 ? 5 : 2);
+    text.copy(buffer, size);
     return static_cast<ssize_t>(size);
   };
   return fopencookie(nullptr, modes, {read, nullptr, nullptr, nullptr});
