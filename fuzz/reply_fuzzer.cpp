@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "qordex/qordex.h"
-#include "qordex/qordeximpl.h"
 #include "qordex/qordexmessagestring.h"
+#include "qordex/replyprinters.h"
 
 // After a first byte the input is the data of the record. Its length is that of the data or, when
 // the first byte is "!", the first four bytes of it.
@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* input, size_t size) {
   std::memcpy(reply.data, input + 1, count);
   reply.length = static_cast<int32_t>(count);
   if (input[0] == '!') std::memcpy(&reply.length, reply.data, sizeof(reply.length));
-  const int status = QORDEXImpl::PrintReply(reply);
-  if (status != kStatusOk && status != kStatusLinkFailed) std::abort();
+  const int status = PrintReply(reply);
+  if (status != kStatusOk && status != kStatusExchangeFailed) std::abort();
   return 0;
 }

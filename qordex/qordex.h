@@ -16,7 +16,7 @@
 #include "qordex/qordexmessagestring.h"
 
 constexpr int kStatusOk = 0;
-constexpr int kStatusLinkFailed = 1;        // no link to the service, or a failed exchange
+constexpr int kStatusExchangeFailed = 1;    // no link, a failed exchange or an invalid reply
 constexpr int kStatusNoCommandName = 4;     // no "--" with a letter after it in the command word
 constexpr int kStatusUnknownCommand = 6;    // no such module, or no such command in it
 constexpr int kStatusTooFewArguments = 10;  // the command needs more arguments
@@ -49,10 +49,10 @@ class QORDEX {
   virtual int SetupLink(std::string path) = 0;
 
   // Sends `record` unchanged, waits for one reply without a time-out, and prints it. Returns
-  // kStatusLinkFailed, with the reason printed, when the exchange fails, or when the reply has an
-  // impossible length or blocks without a type word. Any other reply that does not decode or has no
-  // printable form prints nothing and counts as success. The caller must ignore SIGPIPE, or a link
-  // that the service has closed ends the process.
+  // kStatusExchangeFailed, with the reason printed, when the exchange fails, or when the reply has
+  // an impossible length or blocks without a type word. Any other reply that does not decode or has
+  // no printable form prints nothing and counts as success. The caller must ignore SIGPIPE, or a
+  // link that the service has closed ends the process.
   virtual int SendRequest(QORDEXMessageString* record) = 0;
 
   // Loads the configuration, fills the catalogue and sets up the link. Called once, by Create.

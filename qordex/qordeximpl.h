@@ -26,15 +26,11 @@ class QORDEXImpl : public QORDEX {
   int SendRequest(QORDEXMessageString* record) override;     // serverlink.cpp
   int Initialize(QORDEXCreateInputData data) override;
 
-  // The following are in replyprinters.cpp.
-
-  // Decodes a reply record, whatever it holds, and prints it. Returns the status of SendRequest.
-  static int PrintReply(const QORDEXMessageString& reply);
-
   // Print one block of a reply: as a titled text box, whose lines are cut at newlines, or as a
   // table, whose header and rows are the title and the lines cut at commas. Without a title or
   // lines nothing is printed, nor is a table whose header and first row differ in their number
-  // of cells. A reply's texts have at most 4096 bytes and no zero byte. The result is always 0.
+  // of cells. `title` and each line must have at most 4096 bytes, none of them zero. Always return
+  // 0. They are in replyprinters.cpp.
   static int PrintString(const std::string& title, const std::vector<std::string>& lines);
   static int PrintList(const std::string& title, const std::vector<std::string>& lines);
 

@@ -1,4 +1,4 @@
-// Reply record to text: plain lines, text boxes and tables.
+#include "qordex/replyprinters.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -17,15 +17,15 @@ namespace {
 
 int RejectReply() {
   std::puts("Invalid reply from server");
-  return kStatusLinkFailed;
+  return kStatusExchangeFailed;
 }
 
-// Texts of a reply end at their first zero byte.
-std::string Text(const std::string& field) { return field.substr(0, field.find('\0')); }
+// What counts of a text in a reply: what stands before its first zero byte.
+std::string CutAtZero(const std::string& text) { return text.substr(0, text.find('\0')); }
 
 std::vector<std::string> Lines(const QORDEXMessage::QDXCmd& cmd) {
   std::vector<std::string> lines;
-  for (const std::string& argument : cmd.arguments()) lines.push_back(Text(argument));
+  for (const std::string& argument : cmd.arguments()) lines.push_back(CutAtZero(argument));
   return lines;
 }
 
@@ -50,7 +50,7 @@ void PrintCells(const std::vector<std::string>& cells, int width) {
 
 }  // namespace
 
-int QORDEXImpl::PrintReply(const QORDEXMessageString& reply) {
+int PrintReply(const QORDEXMessageString& reply) {
   const auto capacity = static_cast<int32_t>(sizeof(reply.data));
   if (reply.length < 0 || reply.length > capacity) return RejectReply();
 
@@ -58,7 +58,7 @@ int QORDEXImpl::PrintReply(const QORDEXMessageString& reply) {
   if (!message.ParseFromArray(reply.data, reply.length) || message.cmds().empty()) return kStatusOk;
 
   const QORDEXMessage::QDXCmd& first = message.cmds(0);
-  const bool isTyped = Text(first.options()) == "type";
+  const bool isTyped = CutAtZero(first.options()) == "type";
   if (message.cmds_size() == 1) {
     if (isTyped) return kStatusOk;
     for (const std::string& line : Lines(first)) std::puts(line.c_str());
@@ -67,12 +67,12 @@ int QORDEXImpl::PrintReply(const QORDEXMessageString& reply) {
 
   if (!isTyped) return kStatusOk;
   if (first.arguments().empty()) return RejectReply();
-  const std::string typeWord = Text(first.arguments(0));
+  const std::string typeWord = CutAtZero(first.arguments(0));
   for (int i = 1; i < message.cmds_size(); ++i) {
-    const std::string title = Text(message.cmds(i).options());
+    const std::string title = CutAtZero(message.cmds(i).options());
     const std::vector<std::string> lines = Lines(message.cmds(i));
-    if (typeWord == "string") PrintString(title, lines);
-    if (typeWord == "list") PrintList(title, lines);
+    if (typeWord == "string") QORDEXImpl::PrintString(title, lines);
+    if (typeWord == "list") QORDEXImpl::PrintList(title, lines);
   }
   return kStatusOk;
 }

@@ -23,8 +23,8 @@ constexpr Command kCommands[] = {
     {"signal", "s", 1},
 };
 
-// The parser of every command here. A request that takes 4096 bytes or more is not put into the
-// record, which stays an empty message. Always returns 0.
+}  // namespace
+
 int SarvikModuleArgParser(CmdOption* option, QORDEXMessageString& record) {
   QORDEXMessage request;
   request.set_modulename(option->moduleName);
@@ -42,8 +42,6 @@ int SarvikModuleArgParser(CmdOption* option, QORDEXMessageString& record) {
   }
   return kStatusOk;
 }
-
-}  // namespace
 
 void RegisterSarvikModule(Catalogue& catalogue) {
   for (const Command& command : kCommands) {

@@ -11,12 +11,13 @@
 #include "qordex/qordex.h"
 #include "qordex/qordeximpl.h"
 #include "qordex/qordexmessagestring.h"
+#include "qordex/replyprinters.h"
 
 int QORDEXImpl::SetupLink(std::string path) {
   sockFd = socket(AF_UNIX, SOCK_STREAM, 0);
   if (sockFd < 0) {
     std::printf("\n Could not creat socket, errno:%d \n", errno);
-    return kStatusLinkFailed;
+    return kStatusExchangeFailed;
   }
 
   serverAddr = {};
@@ -24,7 +25,7 @@ int QORDEXImpl::SetupLink(std::string path) {
   strlcpy(serverAddr.sun_path, path.c_str(), sizeof(serverAddr.sun_path));
   if (connect(sockFd, reinterpret_cast<const sockaddr*>(&serverAddr), sizeof(serverAddr)) < 0) {
     std::perror("\n Connect fail! \n");
-    return kStatusLinkFailed;
+    return kStatusExchangeFailed;
   }
   return kStatusOk;
 }
@@ -32,7 +33,7 @@ int QORDEXImpl::SetupLink(std::string path) {
 int QORDEXImpl::SendRequest(QORDEXMessageString* record) {
   if (sendto(sockFd, record, sizeof(*record), 0, nullptr, 0) < 0) {
     std::perror("\n Send Fail !!!");
-    return kStatusLinkFailed;
+    return kStatusExchangeFailed;
   }
 
   // The reply is what one receive returns. Bytes that have not arrived stay zero.
@@ -40,11 +41,11 @@ int QORDEXImpl::SendRequest(QORDEXMessageString* record) {
   const ssize_t received = recvfrom(sockFd, &reply, sizeof(reply), 0, nullptr, nullptr);
   if (received == -1) {
     std::puts("Failed to receive message from server");
-    return kStatusLinkFailed;
+    return kStatusExchangeFailed;
   }
   if (received == 0) {
     std::puts("Received nothing from server");
-    return kStatusLinkFailed;
+    return kStatusExchangeFailed;
   }
   return PrintReply(reply);
 }

@@ -62,7 +62,8 @@ int Listen(const std::string& path) {
 // Reads `size` bytes, or what comes before the other end is closed.
 std::string Read(int fd, std::size_t size) {
   std::string bytes;
-  for (char byte = 0; bytes.size() < size && read(fd, &byte, 1) == 1;) bytes += byte;
+  char byte = 0;
+  while (bytes.size() < size && read(fd, &byte, 1) == 1) bytes += byte;
   return bytes;
 }
 
@@ -250,7 +251,7 @@ TEST(Client, ReportsASendToALinkThatIsBrokenAlready) {
   QORDEXMessageString record = {};
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
-  EXPECT_EQ(client->SendRequest(&record), kStatusLinkFailed);
+  EXPECT_EQ(client->SendRequest(&record), kStatusExchangeFailed);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "\n Send Fail !!!: Broken pipe\n");
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   client->Destroy();

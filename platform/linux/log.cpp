@@ -5,7 +5,8 @@
 #include <mutex>
 
 int __android_log_print(int /*priority*/, const char* tag, const char* format, ...) {
-  // Until the log is closed, syslog uses this tag for every thread.
+  // syslog keeps the tag for the whole process. Without the lock, another thread's closelog between
+  // openlog and vsyslog would take the tag away.
   static std::mutex mutex;
   const std::lock_guard lock(mutex);
   // The process id comes after the tag. A line without one is not found under a tag in brackets:
