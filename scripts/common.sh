@@ -26,13 +26,6 @@ require_choice() {
   usage_error "$name is one of $*${value:+, not \"$value\"}"
 }
 
-# expect_at_most COUNT WORD...: fails when there are more WORDs than COUNT.
-expect_at_most() {
-  local count=$1
-  shift
-  [ $# -le "$count" ] || usage_error "unexpected word \"${*:count + 1:1}\""
-}
-
 # refuse_option WORD: fails when WORD begins with a hyphen.
 refuse_option() { [[ $1 != -* ]] || usage_error "unexpected option \"$1\""; }
 
