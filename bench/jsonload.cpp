@@ -30,12 +30,13 @@ bool LoadWithCreateObject(const std::string& path) {
 template <unsigned kParseFlags>
 bool LoadByHand(const std::string& path) {
   const std::size_t size = std::filesystem::file_size(path);
-  const std::unique_ptr<char[]> text(new char[size + 1]);
+  const std::unique_ptr<char[]> buffer(new char[size + 1]);
+  char* const text = buffer.get();
   text[size] = '\0';
   std::ifstream file(path, std::ios::binary);
   rapidjson::Document document;
-  return file.read(text.get(), static_cast<std::streamsize>(size)) &&
-         !document.Parse<kParseFlags>(text.get()).HasParseError();
+  return file.read(text, static_cast<std::streamsize>(size)) &&
+         !document.Parse<kParseFlags>(text).HasParseError();
 }
 
 // The way to load of that name, or null.
@@ -54,7 +55,7 @@ int main(int argc, char** argv) {
     std::fputs("usage: jsonload CreateObject|iterative|recursive FILE COUNT\n", stderr);
     return EXIT_FAILURE;
   }
-  for (long left = std::strtol(argv[3], nullptr, 10); left > 0; --left) {
+  for (auto left = std::strtol(argv[3], nullptr, 10); left > 0; --left) {
     if (!load(argv[2])) return EXIT_FAILURE;
   }
 }
