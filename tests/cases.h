@@ -1,5 +1,6 @@
-// Reads cases from a file of tests/cases. A case is an input, whose further lines are indented, and
-// the output expected for it: what follows a "|" on each line, up to another "|" at the line's end.
+// Reads cases from a file of tests/cases. A case is an input and the output expected for it. An input
+// begins in the first column, and its further lines are indented. Each "|" begins a line of output.
+// Another "|" at the end of that line protects spaces before it.
 
 #pragma once
 
