@@ -1,5 +1,5 @@
-// Loads a JSON file COUNT times: with CreateObject, or by hand, which reads it whole and parses it
-// into RapidJSON's own document, with its parser that does not recurse or with the one that does.
+// Loads a JSON file COUNT times: with CreateObject, or by hand into RapidJSON's own document, with
+// its iterative or its recursive parser.
 //
 // usage: jsonload CreateObject|iterative|recursive FILE COUNT
 

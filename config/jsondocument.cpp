@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -28,8 +27,8 @@ struct Digits {
   std::size_t count;
 };
 
-// The digits past the first eight, not counting leading zeros, of the negative exponent whose minus
-// is at `minus`. None when it has no more, and when the byte there is not an exponent's minus.
+// Finds the digits after the eighth, not counting leading zeros, of the exponent whose minus is at
+// `minus`. The count is 0 if there are none, or if the byte there is not the minus of an exponent.
 Digits ExcessExponentDigits(std::string_view text, std::size_t minus) {
   const char before = minus > 0 ? text[minus - 1] : '\0';
   if (text[minus] != '-' || (before != 'e' && before != 'E')) return {minus, 0};
@@ -50,20 +49,9 @@ bool HasExcessExponentDigits(std::string_view text) {
   return false;
 }
 
-}  // namespace
-
-bool JsonDocument::Parse(const char* text) {
-  const std::string_view view = text;
-  if (view.size() > kMaxTextSize) return false;
-  if (std::search_n(view.begin(), view.end(), kTooManyZeros, '0') != view.end()) return false;
-  const std::optional<std::string> shortened = ShortenNegativeExponents(view);
-  if (shortened) text = shortened->c_str();
-  return !GenericDocument::Parse<rapidjson::kParseIterativeFlag>(text).HasParseError();
-}
-
-std::optional<std::string> ShortenNegativeExponents(std::string_view text) {
-  if (!HasExcessExponentDigits(text)) return std::nullopt;
-
+// Returns `text` with spaces in place of the excess digits of each negative exponent that is not in
+// a string. The parser accepts or refuses the result as it does `text`, and reads the same values.
+std::string ShortenNegativeExponents(std::string_view text) {
   std::string shortened(text);
   bool isInString = false;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -71,9 +59,23 @@ std::optional<std::string> ShortenNegativeExponents(std::string_view text) {
     if (isInString && text[i] == '\\') ++i;
     if (isInString) continue;
     const Digits excess = ExcessExponentDigits(text, i);
-    shortened.replace(excess.position, excess.count, excess.count, ' ');
+    if (excess.count > 0) shortened.replace(excess.position, excess.count, excess.count, ' ');
   }
   return shortened;
+}
+
+}  // namespace
+
+bool JsonDocument::Parse(const char* text) {
+  const std::string_view view = text;
+  if (view.size() > kMaxTextSize) return false;
+  if (std::search_n(view.begin(), view.end(), kTooManyZeros, '0') != view.end()) return false;
+  std::string shortened;
+  if (HasExcessExponentDigits(view)) {
+    shortened = ShortenNegativeExponents(view);
+    text = shortened.c_str();
+  }
+  return !GenericDocument::Parse<rapidjson::kParseIterativeFlag>(text).HasParseError();
 }
 
 }  // namespace qordex

@@ -5,8 +5,8 @@
 
 #pragma once
 
-// This RapidJSON has a namespace of its own, so that a program may also hold one of another version
-// or with other macros, these three among them.
+// RapidJSON gets a namespace of its own here, so that a program may also use another version of it,
+// or other macros. A user's own values of these three are replaced.
 #undef RAPIDJSON_NAMESPACE
 #undef RAPIDJSON_NAMESPACE_BEGIN
 #undef RAPIDJSON_NAMESPACE_END
@@ -17,9 +17,6 @@
 
 #include <cstddef>
 #include <new>
-#include <optional>
-#include <string>
-#include <string_view>
 
 namespace qordex {
 
@@ -46,11 +43,5 @@ class JsonDocument
   // as it was. What a parse stores is freed with the document.
   bool Parse(const char* text);
 };
-
-// Returns `text` with spaces in place of all but the first eight digits, not counting leading
-// zeros, of each negative exponent; nullopt when no exponent is that long, not even in a string.
-// The parser accepts or refuses the result as it does `text`, and reads the same values: a number
-// with such an exponent is 0 either way.
-std::optional<std::string> ShortenNegativeExponents(std::string_view text);
 
 }  // namespace qordex

@@ -57,7 +57,7 @@ QORDEXMessage ReadReply(const std::string& folder, const std::string& command) {
 
   QORDEXMessage reply;
   google::protobuf::io::IstreamInputStream stream(&file);
-  // Where the text is broken is printed on standard error.
+  // The parser prints the place of an error on standard error.
   if (!google::protobuf::TextFormat::Parse(&stream, &reply) || file.bad())
     return PlainReply("Broken reply: " + path);
   if (reply.ByteSizeLong() > sizeof(QORDEXMessageString::data))
@@ -105,7 +105,7 @@ void Serve(int connection, const std::string& repliesFolder) {
   QORDEXMessageString reply = {};
   reply.length = static_cast<int32_t>(bytes.size());
   std::copy(bytes.begin(), bytes.end(), reply.data);
-  send(connection, &reply, sizeof(reply), 0);  // a client may be gone by now
+  send(connection, &reply, sizeof(reply), 0);  // the client may be gone by now
 }
 
 // Returns a socket that listens at the client's path, or -1 with errno set.
@@ -130,7 +130,7 @@ int main(int argc, char** argv) {
     std::fputs(kUsage, isHelp ? stdout : stderr);
     return isHelp ? EXIT_SUCCESS : EXIT_FAILURE;
   }
-  std::signal(SIGPIPE, SIG_IGN);  // from a client that is gone
+  std::signal(SIGPIPE, SIG_IGN);  // when a client is gone
 
   const int listener = Listen();
   if (listener < 0) {

@@ -20,7 +20,7 @@ std::string FindCommandName(const std::string& word) {
   // So the expression ends with the first letter, and the others are counted here.
   std::smatch found;
   if (!std::regex_search(word, found, std::regex("--[a-zA-Z]"))) return "";
-  const auto name = found[0].second - 1;
+  const auto name = found[0].second - 1;  // the letter
   return {name, std::find_if_not(name, word.end(), IsLetter)};
 }
 
@@ -45,8 +45,9 @@ int QORDEXImpl::ParseArguments(int argc, char** argv, QORDEXMessageString& recor
   }
 
   CmdOption& option = found->second;
-  if (argc - 3 < option.minArgs) return kStatusTooFewArguments;
+  constexpr int kFirstArgument = 3;  // after the program's name, the module and the command
+  if (argc - kFirstArgument < option.minArgs) return kStatusTooFewArguments;
 
-  for (int i = 3; i < argc; ++i) option.args.emplace_back(argv[i]);
+  for (int i = kFirstArgument; i < argc; ++i) option.args.emplace_back(argv[i]);
   return option.parser(&option, record);
 }

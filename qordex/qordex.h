@@ -41,7 +41,8 @@ class QORDEX {
   // `argc` and `argv` are those of main(). `argc` 0 gives kStatusUnknownCommand; a missing module
   // or command counts as empty. On failure the record is untouched, and the reason is printed
   // unless it is kStatusTooFewArguments. A request of 4096 bytes or more is left out: the
-  // record stays an empty message, and the call succeeds. Must be called only once per client.
+  // record stays an empty message, and the call succeeds. Must not be called again after it has
+  // succeeded, because the arguments would be added to the earlier ones.
   virtual int ParseArguments(int argc, char** argv, QORDEXMessageString& record) = 0;
 
   // Connects to the service at `path`. On failure the reason is printed, and the socket stays open

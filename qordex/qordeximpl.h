@@ -26,12 +26,15 @@ class QORDEXImpl : public QORDEX {
   int SendRequest(QORDEXMessageString* record) override;     // serverlink.cpp
   int Initialize(QORDEXCreateInputData data) override;
 
-  // Print one block of a reply: as a titled text box, whose lines are cut at newlines, or as a
-  // table, whose header and rows are the title and the lines cut at commas. Without a title or
-  // lines nothing is printed, nor is a table whose header and first row differ in their number
-  // of cells. `title` and each line must have at most 4096 bytes, none of them zero. Always return
-  // 0. They are in replyprinters.cpp.
+  // The following print one block of a reply, and are in replyprinters.cpp. `title` and each line
+  // must have at most 4096 bytes, none of them zero. Without a title or lines they print nothing.
+  // They always return 0.
+
+  // Prints a text box: the title, and the lines, which are cut at line feeds.
   static int PrintString(const std::string& title, const std::vector<std::string>& lines);
+
+  // Prints a table: the title is the header, and each line is a row. Both are cut at commas. Prints
+  // nothing if the header and the first row differ in their number of cells.
   static int PrintList(const std::string& title, const std::vector<std::string>& lines);
 
  private:

@@ -20,7 +20,7 @@ int RejectReply() {
   return kStatusExchangeFailed;
 }
 
-// What counts of a text in a reply: what stands before its first zero byte.
+// Returns what stands before the first zero byte; the rest of a reply's text does not count.
 std::string CutAtZero(const std::string& text) { return text.substr(0, text.find('\0')); }
 
 std::vector<std::string> Lines(const QORDEXMessage::QDXCmd& cmd) {

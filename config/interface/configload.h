@@ -5,8 +5,9 @@
 //  - A status is 0 for success or one of the statuses below.
 //  - A key ends at its first zero byte and is compared byte for byte; of two members with one name
 //    the first wins. An empty key always fails; one that begins with a zero byte is not empty.
-//  - An int is a number without fraction or exponent in 32-bit range; a float is one with fraction
-//    or exponent (or beyond 64-bit range) within +-3.4028234e38. Neither is read as the other.
+//  - An int has no fraction and no exponent, and fits 32 bits. A float has a fraction or an
+//  exponent,
+//    or is an integer beyond 64 bits, and lies within +-3.4028234e38. Neither is read as the other.
 //  - A string ends at its first zero byte.
 //  - Object handles point to a value, of any kind, inside the loader. They are valid while the
 //    loader lives and until its next successful Initialize. The loader owns what they point to.
@@ -68,8 +69,8 @@ class ConfigLoad {
   // Reads and parses a file. On failure the values read before stay readable. Returns
   // kConfigNotFound when the file cannot be opened; kConfigError when it is of an unknown type,
   // cannot be read, is malformed or does not fit into memory. docs/configuration.md lists the few
-  // well-formed texts that are refused as well. A pipe is waited for; a file that never ends is
-  // read until memory ends. The memory of what was read before is freed with the loader.
+  // well-formed texts that are refused as well. Waits for a pipe. The memory of what was read
+  // before is freed with the loader.
   virtual int32_t Initialize(ConfigLoadCreateData data) = 0;
 
   // Top-level scalars. `value` is always written: what was found, or else `defaultValue`, with

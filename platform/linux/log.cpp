@@ -9,8 +9,8 @@ int __android_log_print(int /*priority*/, const char* tag, const char* format, .
   // openlog and vsyslog would take the tag away.
   static std::mutex mutex;
   const std::lock_guard lock(mutex);
-  // The process id comes after the tag. A line without one is not found under a tag in brackets:
-  // the journal takes the tag itself for the id.
+  // The process id stands after the tag. Without it the journal takes the bracketed tag for the id,
+  // and finds no line under the tag.
   openlog(tag, LOG_PID, LOG_USER);
   va_list arguments;
   va_start(arguments, format);
