@@ -144,6 +144,8 @@ int32_t ConfigLoadJson::ReadFile(const std::string& path) {
   return kConfigOk;
 }
 
+// The getters at the top level.
+
 int32_t ConfigLoadJson::GetInt(const std::string& key, int32_t& value, int32_t defaultValue) const {
   return ReadScalar<int32_t>(document.get(), key, value, defaultValue);
 }
@@ -182,6 +184,8 @@ int32_t ConfigLoadJson::GetObject(const std::string& key, const void** handle) c
   }
   return kConfigOk;
 }
+
+// The getters in an object, which log when they fail.
 
 int32_t ConfigLoadJson::GetInt(const void* object, std::string key, int32_t& value,
                                int32_t defaultValue) const {
@@ -224,6 +228,8 @@ int32_t ConfigLoadJson::GetObject(const void* object, const std::string& key,
   }
   return kConfigOk;
 }
+
+// The getters without a status.
 
 int32_t ConfigLoadJson::GetInt(const std::string& key) const {
   int32_t value = 0;

@@ -32,6 +32,7 @@ constexpr char kUsage[] =
     "COMMAND is read from FOLDER/COMMAND.textproto (default: from demo/replies in the source\n"
     "tree), a QORDEXMessage in protocol-buffer text format.\n";
 
+// A reply that the client prints as one line.
 QORDEXMessage PlainReply(const std::string& line) {
   QORDEXMessage reply;
   QORDEXMessage::QDXCmd* cmd = reply.add_cmds();
@@ -47,6 +48,7 @@ bool IsCommandName(const std::string& name) {
   return !name.empty() && std::all_of(name.begin(), name.end(), isLetter);
 }
 
+// The reply to `command` from its file in `folder`, or a plain reply that says why there is none.
 QORDEXMessage ReadReply(const std::string& folder, const std::string& command) {
   // Other names could lead out of the folder.
   if (!IsCommandName(command)) return PlainReply("No reply for command \"" + command + "\"");
@@ -95,6 +97,7 @@ QORDEXMessage AnswerRequest(const QORDEXMessageString& record, std::size_t recei
   return ReadReply(repliesFolder, request.cmds(0).options());
 }
 
+// Reads one request from `connection` and answers it. Does not close the connection.
 void Serve(int connection, const std::string& repliesFolder) {
   QORDEXMessageString request = {};
   const ssize_t received = recv(connection, &request, sizeof(request), MSG_WAITALL);

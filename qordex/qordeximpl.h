@@ -38,8 +38,8 @@ class QORDEXImpl : public QORDEX {
   static int PrintList(const std::string& title, const std::vector<std::string>& lines);
 
  private:
-  Catalogue cmdOptions;
+  Catalogue cmdOptions;                    // filled by Initialize
   std::unique_ptr<ConfigLoad> configLoad;  // null without a usable configuration
-  int32_t sockFd = -1;
-  sockaddr_un serverAddr = {};
+  int32_t sockFd = -1;                     // -1 until SetupLink has opened the socket
+  sockaddr_un serverAddr = {};             // the service's address, filled by SetupLink
 };

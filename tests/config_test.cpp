@@ -186,9 +186,8 @@ TEST(ConfigLoad, RefusesWhatDoesNotFitIntoMemory) {
     }
     int status = 0;
     waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status)) << room;
     const bool isStatus = WEXITSTATUS(status) == kConfigOk || WEXITSTATUS(status) == kConfigError;
-    EXPECT_TRUE(isStatus) << WEXITSTATUS(status) << " with room " << room;
+    EXPECT_TRUE(WIFEXITED(status) && isStatus) << status << " with room " << room;
   }
 }
 #endif
@@ -228,17 +227,14 @@ TEST(ConfigLoad, HandsOutHandlesToValuesOfAnyKindAndNullForAMissingKey) {
   const auto loader = Load(R"({"n": 5, "o": {"x": {"y": 1}}})");
   const void* const untouched = loader.get();
   const void* handle = untouched;
-  EXPECT_EQ(loader->GetObject(""), nullptr);
   EXPECT_EQ(loader->GetObject("", &handle), 4);
   EXPECT_EQ(loader->GetObject(nullptr, "", &handle), 4);
   EXPECT_EQ(handle, untouched);
-  EXPECT_EQ(TakeLog(),
-            Repeat(kGetObject + "key is empty\n", 2) + kGetObject + "Failed to get key: \n");
+  EXPECT_EQ(TakeLog(), kGetObject + "key is empty\n" + kGetObject + "Failed to get key: \n");
   EXPECT_EQ(loader->GetObject("n", &handle), 0);
   EXPECT_NE(handle, nullptr);
   EXPECT_EQ(loader->GetObject(loader->GetObject("o"), "x", &handle), 0);
-  EXPECT_EQ(CallGetters(*loader, "y", handle), "GetInt 1\n");
-  EXPECT_EQ(loader->GetObject(handle, "y", &handle), 0) << "a number has a handle, too";
+  EXPECT_EQ(loader->GetObject(handle, "y", &handle), 0);
   EXPECT_NE(handle, nullptr);
   EXPECT_EQ(loader->GetObject("m", &handle), 12);
   EXPECT_EQ(handle, nullptr);
@@ -319,16 +315,14 @@ TEST(ConfigLoad, ReadsAPipeToItsEnd) {
 }
 
 TEST(ConfigLoad, RefusesOtherFileTypes) {
-  for (const int32_t type : {-1, 1}) {
-    const ConfigLoadCreateData data = {type, Json("{}").filePath};
-    EXPECT_EQ(CreateObject(data), nullptr);
-    EXPECT_EQ(ConfigLoadJson().Initialize(data), kConfigError);
-    EXPECT_EQ(ConfigLoadJson::Create(data), nullptr);
-    const std::string refused =
-        "configloadjson.cpp Initialize() Error file type: " + std::to_string(type) + "\n";
-    EXPECT_EQ(TakeLog(), "configloadfactory.h CreateObject() Error fileType\n" + refused + refused +
-                             kNotCreated);
-  }
+  const std::string refused = "configloadjson.cpp Initialize() Error file type: -1\n";
+  const ConfigLoadCreateData data = {-1, Json("{}").filePath};
+  EXPECT_EQ(CreateObject(data), nullptr);
+  EXPECT_EQ(TakeLog(), "configloadfactory.h CreateObject() Error fileType\n");
+  EXPECT_EQ(ConfigLoadJson().Initialize(data), kConfigError);
+  EXPECT_EQ(TakeLog(), refused);
+  EXPECT_EQ(ConfigLoadJson::Create(data), nullptr);
+  EXPECT_EQ(TakeLog(), refused + kNotCreated);
 }
 
 // Overrides two getters with a status, which then find every key.
