@@ -1,6 +1,6 @@
-// Reads cases from a file of tests/cases. A case is an input and the output expected for it. An input
-// begins in the first column, and its further lines are indented. Each "|" begins a line of output.
-// Another "|" at the end of that line protects spaces before it.
+// Reads cases from a file of tests/cases. A case is an input and the output expected for it. An
+// input begins in the first column, and its further lines are indented. Each "|" begins a line of
+// output. Another "|" at the end of that line protects spaces before it.
 
 #pragma once
 
