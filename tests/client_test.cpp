@@ -33,8 +33,7 @@ namespace {
 using std::string_literals::operator""s;
 using Words = std::vector<std::string>;
 
-// A word of the greatest length that Linux accepts.
-std::string Longest(char byte) { return std::string(131071, byte); }
+constexpr std::size_t kLongestWord = 131071;  // bytes: the longest argument that Linux accepts
 
 constexpr std::size_t kRecordSize = 4104;
 constexpr char kFolder[] = "/data/vendor/camera";
@@ -147,7 +146,7 @@ TEST(Client, SendsAnEmptyMessageForARequestOf4096BytesOrMore) {
   EXPECT_EQ(RunAgainst(Record(""), words).request.substr(4096), "xxx\0\xff\x0f\0\0"s);
   words[2] += 'x';
   EXPECT_EQ(RunAgainst(Record(""), words).request, Record(""));
-  words.insert(words.end(), 14, Longest('x'));  // as many as Linux accepts
+  words.insert(words.end(), 14, std::string(kLongestWord, 'x'));  // as many as Linux accepts
   EXPECT_EQ(RunAgainst(Record(""), words).request, Record(""));
 }
 
@@ -299,15 +298,17 @@ TEST(ArgumentParser, TakesTheLettersAfterTheFirstHyphensThatALetterFollows) {
     EXPECT_EQ(Parse({"qordex", "sarvik", word}), "help") << word;
   }
   for (const std::string& word :
-       Words{"", "help", "-help", "--", "--9", "-- h", Longest('a'), Longest('-')}) {
+       Words{"", "help", "-help", "--", "--9", "-- h", std::string(kLongestWord, 'a'),
+             std::string(kLongestWord, '-')}) {
     EXPECT_EQ(Parse({"qordex", "other", word}), "4") << word.substr(0, 9);
   }
   for (const std::string& word :
        Words{"--in-ject", "--Help", "--helpa", "--helpz", "--helpA", "--helpZ", "--a", "--z", "--A",
-             "--Z", "--" + Longest('a')}) {
+             "--Z", "--" + std::string(kLongestWord, 'a')}) {
     EXPECT_EQ(Parse({"qordex", "sarvik", word}), "6") << word.substr(0, 9);
   }
-  for (const std::string& module : Words{"other", "Sarvik", "sarvi", "--help", "", Longest('m')}) {
+  for (const std::string& module :
+       Words{"other", "Sarvik", "sarvi", "--help", "", std::string(kLongestWord, 'm')}) {
     EXPECT_EQ(Parse({"qordex", module, "--help"}), "6") << module.substr(0, 9);
   }
   EXPECT_EQ(Parse({}), "6");
