@@ -265,7 +265,9 @@ TEST(Catalogue, HoldsACopyOfEachCommandUnderEachOfItsNames) {
   for (const char* key : {"moduleName: sarvik,cmdName: inject", "moduleName: sarvik,cmdName: i"})
     catalogue[key].args = {"stale"};
   RegisterSarvikModule(catalogue);
-  RegisterCommand(CmdOption(), catalogue);  // left out, because it has no module
+  CmdOption withoutModule;
+  withoutModule.cmdName = "left out";
+  RegisterCommand(withoutModule, catalogue);
   EXPECT_EQ(catalogue.size(), 6U);
   for (const auto& [key, entry] : catalogue) EXPECT_TRUE(entry.args.empty()) << key;
   EXPECT_EQ(CatalogueKey(std::string(600, 'm'), ""), "moduleName: " + std::string(499, 'm'));
