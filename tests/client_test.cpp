@@ -203,7 +203,7 @@ TEST(Client, KeepsWhatItPrintsFromTheServiceWhenStandardOutputIsClosed) {
   for (const char* type : {"string", "list"}) {
     const std::string reply =
         Record("cmds { options: 'type' arguments: '"s + type + "' } " + block);
-    for (const std::vector<int>& closed : {std::vector<int>{1}, {0, 1, 2}}) {
+    for (const std::vector<int>& closed : {std::vector<int>{0, 1}, {0, 1, 2}}) {
       const Exchange exchange = RunAgainst(reply, {"sarvik", "--help"}, closed);
       EXPECT_EQ(exchange.printed, "") << type;
       EXPECT_EQ(exchange.request.size(), kRecordSize) << type;
