@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# Sourced first by the scripts here and by .ci/run: help, errors and a lock. The help is the script's
-# header comment, whose last lines are the usage. Sets `script` to the script's path without links.
+# Sourced first by the scripts here and by .ci/run: help, errors and a lock. The help is the
+# script's header comment, whose last lines are the usage. Sets `script` to its path without links.
 
 script=$(realpath "$0")
 

@@ -268,8 +268,8 @@ TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
   const std::string deep = Repeat("[", 1'000'000) + Repeat("]", 1'000'000);
   const std::string deepObject = Repeat("{\"\":", 1'000'000) + "1" + Repeat("}", 1'000'000);
   const std::string zeros = Repeat("0", 1'000'000);
-  for (const std::string& text : {"{}"s, " [1]\n\n"s, "-1234567890123e-5"s, "null\0x"s,
-                                  "\"\xff\""s, deep, deepObject, '"' + zeros + '"'}) {
+  for (const std::string& text : {"{}"s, " [1]\n\n"s, "-1234567890123e-5"s, "null\0x"s, "\"\xff\""s,
+                                  deep, deepObject, '"' + zeros + '"'}) {
     EXPECT_EQ(loader->Initialize(Json(text)), kConfigOk) << text.substr(0, 20);
   }
   for (const std::string& text : {""s, " \n"s, "\xef\xbb\xbf{}"s, "{} {}"s, "[1,]"s, "{} //"s,
