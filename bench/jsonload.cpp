@@ -6,7 +6,6 @@
 #include <rapidjson/document.h>
 #include <rapidjson/reader.h>
 
-#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -29,14 +28,11 @@ bool LoadWithCreateObject(const std::string& path) {
 
 template <unsigned kParseFlags>
 bool LoadByHand(const std::string& path) {
-  const std::size_t size = std::filesystem::file_size(path);
-  const std::unique_ptr<char[]> buffer(new char[size + 1]);
-  char* const text = buffer.get();
-  text[size] = '\0';
+  std::string text(std::filesystem::file_size(path), '\0');
   std::ifstream file(path, std::ios::binary);
+  file.read(text.data(), static_cast<std::streamsize>(text.size()));
   rapidjson::Document document;
-  return file.read(text, static_cast<std::streamsize>(size)) &&
-         !document.Parse<kParseFlags>(text).HasParseError();
+  return file && !document.Parse<kParseFlags>(text.c_str()).HasParseError();
 }
 
 // The way to load of that name, or null.
@@ -50,12 +46,12 @@ Load* FindLoad(const std::string& name) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto load = argc == 4 ? FindLoad(argv[1]) : nullptr;
+  Load* const load = argc == 4 ? FindLoad(argv[1]) : nullptr;
   if (load == nullptr) {
     std::fputs("usage: jsonload CreateObject|iterative|recursive FILE COUNT\n", stderr);
     return EXIT_FAILURE;
   }
-  for (auto left = std::strtol(argv[3], nullptr, 10); left > 0; --left) {
+  for (int left = std::atoi(argv[3]); left > 0; --left) {
     if (!load(argv[2])) return EXIT_FAILURE;
   }
 }
