@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # Completion of qordex for bash: the modules, the commands of the module with their short names, and
-# after a command file names.
+# file names after a command.
 
 _qordex() {
   local words=

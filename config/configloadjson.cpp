@@ -23,8 +23,8 @@ using Value = qordex::JsonDocument::ValueType;
 
 const Value* FromHandle(const void* handle) { return static_cast<const Value*>(handle); }
 
-// The first member of that name; null when there is none, when `object` is null or no object, and
-// for an empty key.
+// The first member named `key`; null if there is none, if `object` is null or no object, or if the
+// key is empty.
 const Value* FindMember(const Value* object, const std::string& key) {
   if (key.empty() || object == nullptr || !object->IsObject()) return nullptr;
   const auto member = object->FindMember(key.c_str());
@@ -44,7 +44,7 @@ int32_t ReadScalar(const Value* object, const std::string& key, Result& value,
   return kConfigOk;
 }
 
-// Reads an array whose elements RapidJSON all holds as a `T`.
+// Reads an array of which RapidJSON holds every element as a `T`.
 template <typename T, typename Result>
 int32_t ReadArray(const Value* object, const std::string& key, std::vector<Result>& values) {
   const Value* member = FindMember(object, key);
@@ -128,9 +128,9 @@ int32_t ConfigLoadJson::ReadFile(const std::string& path) {
 
   struct stat attributes = {};
   fstat(fileno(file.get()), &attributes);
-  // One byte more than the file has, so that the first read reaches its end. A pipe has no size.
-  constexpr std::size_t kSmallestStep = 4096;
+  constexpr std::size_t kSmallestStep = 4096;  // for a pipe, which has no size
   const auto fileSize = static_cast<std::size_t>(attributes.st_size);
+  // One byte more than the file has, so that the first read reaches its end.
   const std::size_t step = std::max(fileSize + 1, kSmallestStep);
   std::string text;
   std::size_t size = 0;

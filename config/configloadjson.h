@@ -18,7 +18,7 @@ class ConfigLoadJson : public ConfigLoad {
   ConfigLoadJson();
   ~ConfigLoadJson() override;
 
-  // Returns an initialised loader, or null, which is logged. The caller owns it.
+  // Returns an initialised loader, or logs the failure and returns null. The caller owns it.
   static ConfigLoadJson* Create(ConfigLoadCreateData data);
 
   int32_t Initialize(ConfigLoadCreateData data) override;

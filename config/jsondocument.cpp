@@ -27,8 +27,9 @@ struct Digits {
   std::size_t count;
 };
 
-// Finds the digits after the eighth, not counting leading zeros, of the exponent whose minus is at
-// `minus`. The count is 0 if there are none, or if the byte there is not the minus of an exponent.
+// Finds the excess digits of a negative exponent: those after the eighth, without leading zeros.
+// `minus` is the position of its minus sign. The count is 0 if it has no excess digits, or if the
+// byte there is not the minus sign of an exponent.
 Digits ExcessExponentDigits(std::string_view text, std::size_t minus) {
   const char before = minus > 0 ? text[minus - 1] : '\0';
   if (text[minus] != '-' || (before != 'e' && before != 'E')) return {minus, 0};
@@ -50,7 +51,8 @@ bool HasExcessExponentDigits(std::string_view text) {
 }
 
 // Returns `text` with spaces in place of the excess digits of each negative exponent that is not in
-// a string. The parser accepts or refuses the result as it does `text`, and reads the same values.
+// a string. The parser accepts or refuses the result as it does `text`, and reads the same values:
+// an exponent with so many digits makes the value 0, with or without the excess.
 std::string ShortenNegativeExponents(std::string_view text) {
   std::string shortened(text);
   bool isInString = false;

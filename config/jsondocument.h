@@ -1,12 +1,12 @@
-// The document that a JSON file is read into: RapidJSON's, for texts of any content and size.
+// The document that a JSON file is read into: RapidJSON's, made safe for any text.
 //
 // It is parsed without recursion, so that nesting is limited only by memory. An allocation that
-// fails throws, because RapidJSON itself does not look whether it got memory.
+// fails throws, because RapidJSON itself does not check whether it got memory.
 
 #pragma once
 
-// RapidJSON gets a namespace of its own here, so that a program may also use another version of it,
-// or other macros. A user's own values of these three are replaced.
+// RapidJSON gets a namespace of its own here, so that a program can also use another version of it,
+// or the same version with other macros. A user's own values of these three macros are replaced.
 #undef RAPIDJSON_NAMESPACE
 #undef RAPIDJSON_NAMESPACE_BEGIN
 #undef RAPIDJSON_NAMESPACE_END

@@ -102,7 +102,7 @@ void Serve(int connection, const std::string& repliesFolder) {
   QORDEXMessageString reply = {};
   reply.length = static_cast<int32_t>(bytes.size());
   std::copy(bytes.begin(), bytes.end(), reply.data);
-  send(connection, &reply, sizeof(reply), 0);  // the client may be gone by now
+  send(connection, &reply, sizeof(reply), 0);
 }
 
 // Returns a socket that listens at the client's path, or -1 with errno set.
@@ -112,8 +112,8 @@ int Listen() {
   std::copy(std::begin(kQORDEXSocketPath), std::end(kQORDEXSocketPath), address.sun_path);
   unlink(kQORDEXSocketPath);  // left by an earlier run
   const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
-  const auto* any = reinterpret_cast<const sockaddr*>(&address);
-  if (listener < 0 || bind(listener, any, sizeof(address)) != 0) return -1;
+  const auto* generic = reinterpret_cast<const sockaddr*>(&address);
+  if (listener < 0 || bind(listener, generic, sizeof(address)) != 0) return -1;
   return listen(listener, SOMAXCONN) == 0 ? listener : -1;
 }
 
@@ -127,7 +127,7 @@ int main(int argc, char** argv) {
     std::fputs(kUsage, isHelp ? stdout : stderr);
     return isHelp ? EXIT_SUCCESS : EXIT_FAILURE;
   }
-  std::signal(SIGPIPE, SIG_IGN);  // when a client is gone
+  std::signal(SIGPIPE, SIG_IGN);  // a client may be gone before its reply
 
   const int listener = Listen();
   if (listener < 0) {

@@ -5,7 +5,8 @@
 // No message reaches standard output or standard error. A message is written when the
 // threshold is at most the message's level; the priority is always error. The threshold is the
 // system property "persist.vendor.camera.sarviksystem.loglevel", or 4 when that is unset or not an
-// integer. Each source file reads it once, at its first message.
+// integer. Each source file has its own copy of the function and reads the threshold once, at its
+// first message.
 
 #pragma once
 
@@ -22,8 +23,7 @@
   SarvikSystemLog(ANDROID_LOG_ERROR, __FILE__, __LINE__, __func__, __VA_ARGS__)
 
 // The macro above supplies `file`, `line` and `func`. Only the part of `file` after its last
-// slash is written. A line is cut at 1023 bytes. Each source file has its own copy of this
-// function, with its own threshold.
+// slash is written. A line is cut at 1023 bytes.
 [[maybe_unused]] __attribute__((format(printf, 5, 6))) static void SarvikSystemLog(
     int level, const char* file, int line, const char* func, const char* fmt, ...) {
   static const int threshold = property_get_int32("persist.vendor.camera.sarviksystem.loglevel", 4);

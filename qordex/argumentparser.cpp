@@ -17,11 +17,11 @@ bool IsLetter(char byte) { return ('a' <= byte && byte <= 'z') || ('A' <= byte &
 // The letters after the first "--" that is followed by a letter; empty when there is none.
 std::string FindCommandName(const std::string& word) {
   // libstdc++ matches recursively, one frame per letter, and a long name would overflow the stack.
-  // So the expression ends with the first letter, and the others are counted here.
+  // So the expression ends with the first letter, and the end of the name is found here.
   std::smatch found;
   if (!std::regex_search(word, found, std::regex("--[a-zA-Z]"))) return "";
-  const auto name = found[0].second - 1;  // the letter
-  return {name, std::find_if_not(name, word.end(), IsLetter)};
+  const auto firstLetter = found[0].second - 1;
+  return {firstLetter, std::find_if_not(firstLetter, word.end(), IsLetter)};
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kConfigPath[] = "/odm/etc/camera/qordex_config.json";
 
-// In English: how to run a command of a module; "qordex sarvik --help" lists the commands.
+// Says how to run a command of a module, and that "qordex sarvik --help" lists the commands.
 constexpr char kUsage[] =
     "用法: qordex [模块] [--参数1] [参数2] ...\n"
     "模块:\n"
@@ -25,7 +25,7 @@ constexpr char kUsage[] =
 bool IsHelpConfigArg(std::string arg) { return std::regex_match(arg, std::regex("-{1,2}help")); }
 
 // Opens /dev/null on each of descriptors 0 to 2 that the caller has closed. Otherwise the socket
-// would get that number, and output longer than the stream's buffer would reach the service.
+// would get that number, and what the program prints could be sent to the service.
 void OccupyStandardStreams() {
   for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
     if (fcntl(fd, F_GETFD) == -1) open("/dev/null", O_RDWR);

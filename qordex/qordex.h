@@ -50,10 +50,9 @@ class QORDEX {
   virtual int SetupLink(std::string path) = 0;
 
   // Sends `record` unchanged, waits for one reply without a time-out, and prints it. Returns
-  // kStatusExchangeFailed, with the reason printed, when the exchange fails, or when the reply has
-  // an impossible length or blocks without a type word. Any other reply that does not decode or has
-  // no printable form prints nothing and counts as success. The caller must ignore SIGPIPE, or a
-  // link that the service has closed ends the process.
+  // kStatusExchangeFailed, with the reason printed, when the exchange fails or the reply is
+  // invalid. What counts as invalid is said at PrintReply. The caller must ignore SIGPIPE, or
+  // sending to a service that has closed the link ends the process.
   virtual int SendRequest(QORDEXMessageString* record) = 0;
 
   // Loads the configuration, fills the catalogue and sets up the link. Called once, by Create.

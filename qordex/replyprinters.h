@@ -4,7 +4,9 @@
 
 #include "qordex/qordexmessagestring.h"
 
-// Decodes a reply record, whatever it holds, and prints it on standard output. Returns kStatusOk,
-// or, after "Invalid reply from server", kStatusExchangeFailed for an impossible length and for
-// blocks without a type word. A reply that does not decode or has no printable form prints nothing.
+// Decodes a reply record, whatever it holds, and prints it on standard output. A reply is invalid
+// when its length is impossible, or when the first of several elements is "type" without an
+// argument. For it "Invalid reply from server" is printed and kStatusExchangeFailed returned; for
+// every other reply kStatusOk is returned. A reply that does not decode or has no printable form
+// prints nothing.
 int PrintReply(const QORDEXMessageString& reply);

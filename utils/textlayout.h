@@ -1,5 +1,5 @@
 // Layout of reply text. Strings are byte strings: every length and width counts bytes, so UTF-8
-// text is padded by its encoded length. No function shortens its text.
+// text is padded by its encoded length.
 
 #pragma once
 

@@ -4,10 +4,10 @@
 // Rules that all operations share:
 //  - A status is 0 for success or one of the statuses below.
 //  - A key ends at its first zero byte and is compared byte for byte; of two members with one name
-//    the first wins. An empty key always fails; one that begins with a zero byte is not empty.
-//  - An int has no fraction and no exponent, and fits 32 bits. A float has a fraction or an
-//  exponent,
-//    or is an integer beyond 64 bits, and lies within +-3.4028234e38. Neither is read as the other.
+//    the first wins. An empty key always fails; one that begins with a zero byte is an empty name.
+//  - An int has no fraction and no exponent, and fits 32 bits. A float lies within +-3.4028234e38
+//    and has a fraction or an exponent, or is an integer beyond 64 bits. Neither is read as the
+//    other.
 //  - A string ends at its first zero byte.
 //  - Object handles point to a value, of any kind, inside the loader. They are valid while the
 //    loader lives and until its next successful Initialize. The loader owns what they point to.
@@ -69,19 +69,20 @@ class ConfigLoad {
   // Reads and parses a file. On failure the values read before stay readable. Returns
   // kConfigNotFound when the file cannot be opened; kConfigError when it is of an unknown type,
   // cannot be read, is malformed or does not fit into memory. docs/configuration.md lists the few
-  // well-formed texts that are refused as well. Waits for a pipe. The memory of what was read
-  // before is freed with the loader.
+  // well-formed texts that are refused as well. Loading from a pipe waits until it is closed.
+  // What was read before is freed only with the loader.
   virtual int32_t Initialize(ConfigLoadCreateData data) = 0;
 
-  // Top-level scalars. `value` is always written: what was found, or else `defaultValue`, with
-  // kConfigError.
+  // Top-level scalars. `value` is always written: with what was found, or else with `defaultValue`,
+  // and then the status is kConfigError.
   virtual int32_t GetInt(const std::string& key, int32_t& value, int32_t defaultValue) const = 0;
   virtual int32_t GetFloat(const std::string& key, float& value, float defaultValue) const = 0;
   virtual int32_t GetString(const std::string& key, std::string& value,
                             std::string defaultValue) const = 0;
 
-  // Top-level arrays. `values` is always written: all elements, in order, or nothing, with
-  // kConfigError, when there are none or one of them is of another type.
+  // Top-level arrays. On success `values` holds all elements, in order. When there is no such
+  // array, or it is empty or has an element of another type, `values` is emptied and the status is
+  // kConfigError.
   virtual int32_t GetIntArray(const std::string& key, std::vector<int32_t>& values) const = 0;
   virtual int32_t GetFloatArray(const std::string& key, std::vector<float>& values) const = 0;
   virtual int32_t GetStringArray(const std::string& key,
@@ -92,7 +93,7 @@ class ConfigLoad {
   virtual int32_t GetObject(const std::string& key, const void** handle) const = 0;
 
   // The six typed getters in the object that `object` designates. A null handle, or one to another
-  // kind of value, fails like a missing key; an empty key fails first.
+  // kind of value, fails like a missing key.
   virtual int32_t GetInt(const void* object, std::string key, int32_t& value,
                          int32_t defaultValue) const = 0;
   virtual int32_t GetFloat(const void* object, std::string key, float& value,
@@ -106,14 +107,13 @@ class ConfigLoad {
   virtual int32_t GetStringArray(const void* object, std::string key,
                                  std::vector<std::string>& values) const = 0;
 
-  // As the top-level GetObject, except that a missing key, or an `object` that is null or no
-  // object, gives kConfigError.
+  // As the top-level GetObject, except that a missing key gives kConfigError. So does a handle that
+  // is null or designates no object.
   virtual int32_t GetObject(const void* object, const std::string& key,
                             const void** handle) const = 0;
 
   // Top-level values for callers that are content with 0, an empty string, an empty vector or a
-  // null handle in place of a status. They call the getters above, so a class that overrides
-  // those changes these too.
+  // null handle in place of a status.
   virtual int32_t GetInt(const std::string& key) const = 0;
   virtual float GetFloat(const std::string& key) const = 0;
   virtual std::string GetString(const std::string& key) const = 0;
@@ -122,9 +122,9 @@ class ConfigLoad {
   virtual std::vector<std::string> GetStringArray(const std::string& key) const = 0;
   virtual const void* GetObject(const std::string& key) const = 0;
 
-  // A top-level array of objects, a table of rows. Each row holds the members of one object in
-  // document order: ints, floats and strings, and of an array member each bool, int, float and
-  // string under the member's name. Everything else, a row without any value included, is left
-  // out. Anything but an array gives no rows; a missing or empty key is logged as by GetObject.
+  // A top-level array of objects, as a table with one row for each object. A row holds the object's
+  // ints, floats and strings in document order. Of a member that is an array, it holds each bool,
+  // int, float and string under the member's name. Other values and empty rows are left out.
+  // Anything but an array gives no rows; a missing or empty key is logged as by GetObject.
   virtual std::vector<std::vector<Config>> GetArrayObject(const std::string& key) const = 0;
 };

@@ -6,6 +6,6 @@
 #include <cstdint>
 
 // The property as an integer: decimal, octal with a leading 0, hexadecimal with 0x, or binary with
-// 0b where the C library reads it (glibc 2.38 does); leading blanks are allowed. An unset property,
-// and text that is not wholly such a number in 32-bit range, gives `defaultValue`.
+// 0b where the C library reads it (glibc 2.38 does); leading blanks are allowed. A property that
+// is unset, or is not wholly such a number in 32-bit range, gives `defaultValue`.
 extern "C" int32_t property_get_int32(const char* key, int32_t defaultValue);
