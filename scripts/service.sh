@@ -4,9 +4,8 @@
 # Whether the program finds a service. It connects before it refuses this command, so the service
 # gets no request.
 service_answers() {
-  local status=0
-  timeout 20 qordex sarvik - >/dev/null 2>&1 || status=$?
-  [ "$status" = 4 ]
+  timeout 20 qordex sarvik - >/dev/null 2>&1
+  [ $? = 4 ]  # the status of a command that is refused
 }
 
 # start_service FOLDER: starts the service with the replies in FOLDER and waits until it answers.
