@@ -11,14 +11,10 @@ service_answers() {
 # start_service FOLDER: starts the service with the replies in FOLDER and waits until it answers.
 # The caller ends it.
 start_service() {
-  local deadline=$((SECONDS + 20))
   qordex-demo-service "$1" &
   service=$!
   until service_answers; do
-    if ! kill -0 "$service" 2>/dev/null || [ $SECONDS -ge $deadline ]; then
-      echo "the service does not answer" >&2
-      return 1
-    fi
+    kill -0 "$service" || return 1  # it has ended
     sleep 0.01
   done
 }
