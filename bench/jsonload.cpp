@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <ios>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -35,23 +36,20 @@ bool LoadByHand(const std::string& path) {
   return file && !document.Parse<kParseFlags>(text.c_str()).HasParseError();
 }
 
-// The way to load of that name, or null.
-Load* FindLoad(const std::string& name) {
-  if (name == "CreateObject") return LoadWithCreateObject;
-  if (name == "iterative") return LoadByHand<rapidjson::kParseIterativeFlag>;
-  if (name == "recursive") return LoadByHand<rapidjson::kParseDefaultFlags>;
-  return nullptr;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  Load* const load = argc == 4 ? FindLoad(argv[1]) : nullptr;
-  if (load == nullptr) {
+  const std::map<std::string, Load*> loads = {
+      {"CreateObject", LoadWithCreateObject},
+      {"iterative", LoadByHand<rapidjson::kParseIterativeFlag>},
+      {"recursive", LoadByHand<rapidjson::kParseDefaultFlags>},
+  };
+  if (argc != 4 || loads.count(argv[1]) == 0) {
     std::fputs("usage: jsonload CreateObject|iterative|recursive FILE COUNT\n", stderr);
     return EXIT_FAILURE;
   }
-  for (int left = std::atoi(argv[3]); left > 0; --left) {
+  Load* const load = loads.at(argv[1]);
+  for (auto left = std::strtol(argv[3], nullptr, 10); left > 0; --left) {
     if (!load(argv[2])) return EXIT_FAILURE;
   }
 }

@@ -121,11 +121,9 @@ int Listen() {
 
 int main(int argc, char** argv) {
   const std::string repliesFolder = argc > 1 ? argv[1] : DEMO_REPLIES;
-  const bool isOption = repliesFolder[0] == '-';
-  if (isOption || argc > 2) {
-    const bool isHelp = repliesFolder == "--help";
-    std::fputs(kUsage, isHelp ? stdout : stderr);
-    return isHelp ? EXIT_SUCCESS : EXIT_FAILURE;
+  if (argc > 2 || repliesFolder[0] == '-') {
+    std::fputs(kUsage, stderr);
+    return EXIT_FAILURE;
   }
   std::signal(SIGPIPE, SIG_IGN);  // a client may be gone before its reply
 
