@@ -37,7 +37,6 @@ using Floats = std::vector<float>;
 using Texts = std::vector<std::string>;
 
 std::string logged;  // without the loader's line numbers
-bool isReadingBroken = false;
 
 std::string TakeLog() { return std::exchange(logged, ""); }
 
@@ -273,27 +272,23 @@ TEST(ConfigLoad, KeepsItsValuesWhenInitializeFails) {
     EXPECT_EQ(CreateObject(data), nullptr);
     EXPECT_EQ(TakeLog(), kNotCreated);
   }
-  isReadingBroken = true;
-  EXPECT_EQ(loader->Initialize(Json("{}")), kConfigError);
-  isReadingBroken = false;
-  EXPECT_EQ(loader->GetInt("k"), 1);
 }
 
 TEST(ConfigLoad, RefusesOtherFileTypes) {
-  static_assert(kConfigFileTypeJson == 0);
-  const std::string refused = "configloadjson.cpp Initialize() Error file type: -1\n";
   const ConfigLoadCreateData data = {-1, Json("{}").filePath};
   EXPECT_EQ(CreateObject(data), nullptr);
   EXPECT_EQ(TakeLog(), "configloadfactory.h CreateObject() Error fileType\n");
   EXPECT_EQ(ConfigLoadJson().Initialize(data), kConfigError);
-  EXPECT_EQ(TakeLog(), refused);
-  EXPECT_EQ(ConfigLoadJson::Create(data), nullptr);
-  EXPECT_EQ(TakeLog(), refused + kNotCreated);
+  EXPECT_EQ(TakeLog(), "configloadjson.cpp Initialize() Error file type: -1\n");
 }
 
 TEST(Log, WritesBaseNameLineFunctionAndMessageInAtMost1023Bytes) {
+  setenv(kThreshold, "7", 1);  // too late: this file's threshold is 4
   SARVIK_LOG_ERROR("100%s", "%d");
   EXPECT_EQ(TakeLog(), "config_test.cpp:" + std::to_string(__LINE__ - 1) + " TestBody() 100%d\n");
+  SarvikSystemLog(3, "f", 1, "F", "below the threshold");
+  SarvikSystemLog(4, "f", 1, "F", "m");
+  EXPECT_EQ(TakeLog(), "f:1 F() m\n");
   for (const char* file : {"/a/b/", "", "name", "/name"})
     SarvikSystemLog(6, file, -1, "F", "%s", "");
   EXPECT_EQ(TakeLog(), ":-1 F() \n:-1 F() \nname:-1 F() \nname:-1 F() \n");
@@ -304,15 +299,6 @@ TEST(Log, WritesBaseNameLineFunctionAndMessageInAtMost1023Bytes) {
     SarvikSystemLog(6, text.c_str(), 1, "F", "message");
     EXPECT_EQ(TakeLog(), (text + ":1 F() message").substr(0, 1023) + "\n");
   }
-}
-
-TEST(Log, KeepsTheThresholdOfItsFirstMessage) {
-  SarvikSystemLog(4, "f", 1, "F", "m");
-  SarvikSystemLog(3, "f", 1, "F", "below");
-  setenv(kThreshold, "7", 1);
-  SARVIK_LOG_ERROR("written all the same");
-  unsetenv(kThreshold);
-  EXPECT_EQ(TakeLog().find("f:1 F() m\nconfig_test.cpp:"), 0U);
 }
 
 TEST(Property, IsAnIntegerOf32BitsOrTheDefault) {
@@ -344,6 +330,3 @@ int __android_log_print(int priority, const char* tag, const char* format, ...) 
   va_end(arguments);
   return 1;
 }
-
-// Replaces libc's, so that a test can let reading fail.
-extern "C" int ferror(FILE* /*file*/) noexcept { return isReadingBroken ? 1 : 0; }
