@@ -19,8 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* input, size_t size) {
   if (ftruncate(file, 0) != 0 || pwrite(file, input, size, 0) < 0) std::abort();
   const std::unique_ptr<ConfigLoad> loader(CreateObject({kConfigFileTypeJson, path}));
   if (loader == nullptr) return 0;
-  // The getters without a status call those with one. Those in an object read the same way, and
-  // log.
+  // The getters without a status call those with one. The getters in an object call the same code,
+  // and log.
   loader->GetInt("k");
   loader->GetFloat("k");
   loader->GetIntArray("k");

@@ -10,8 +10,8 @@
 #include "qordex/qordexmessagestring.h"
 #include "qordex/replyprinters.h"
 
-// After a first byte the input is the data of the record. Its length is that of the data or, when
-// the first byte is "!", the first four bytes of it.
+// The input is one byte and then the record's data. If that byte is "!", the record's length is
+// what the first four bytes of the data say; otherwise it is the size of the data.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* input, size_t size) {
   if (size == 0) return 0;
   QORDEXMessageString reply = {};

@@ -70,8 +70,9 @@ std::string Read(int fd, std::size_t size) {
 // streams, and its exit status if that is not 0.
 std::string RunClient(const std::string& words, const std::function<void(int connection)>& serve) {
   const int listener = Listen(kQORDEXSocketPath);
+  setenv("CLIENT", CLIENT, 1);
   const std::string script =
-      "exec 2>&1; timeout 20 " CLIENT " " + words + " || echo exit status $?";
+      "exec 2>&1; timeout 20 " EMULATOR " \"$CLIENT\" " + words + " || echo exit status $?";
   std::FILE* const client = popen(script.c_str(), "r");  // NOLINT(cert-env33-c): a shell is meant
   const int connection = accept(listener, nullptr, nullptr);
   if (connection < 0) throw std::runtime_error("the client does not connect");
@@ -134,7 +135,8 @@ TEST(Client, RefusesLengthsThatNoMessageHas) {
   };
   for (const int32_t length : {INT32_MIN, -1, 4097, INT32_MAX}) {
     EXPECT_EQ(printed(length),
-              "Invalid reply from server\nFailed to send request: 1\nexit status 1\n");
+              "Invalid reply from server\nFailed to send request: 1\nexit status 1\n")
+        << length;
   }
   EXPECT_EQ(printed(0), "");
   EXPECT_EQ(printed(4095), "");
@@ -151,7 +153,7 @@ TEST(Client, DecodesWhatArrivesInOneReceive) {
   EXPECT_EQ(RunAgainst(reply.substr(0, 4101)).printed, "fourteen bytes\n");
 }
 
-TEST(Client, ReportsAServiceThatDoesNotAnswerOrNotEvenRead) {
+TEST(Client, ReportsAServiceThatDoesNotAnswerOrEvenRead) {
   EXPECT_EQ(RunAgainst("").printed,
             "Received nothing from server\nFailed to send request: 1\nexit status 1\n");
   const auto waitForTheRequest = [](int connection) {
@@ -163,7 +165,7 @@ TEST(Client, ReportsAServiceThatDoesNotAnswerOrNotEvenRead) {
 }
 
 TEST(Client, KeepsWhatItPrintsFromTheServiceWhenStandardOutputIsClosed) {
-  // A box that is longer than the buffer of a stream is written before the program ends.
+  // The box is larger than a stream's buffer, so it is written while the link is still open.
   const std::string reply =
       Record("cmds { options: 'type' arguments: 'string' } cmds { options: 'a' arguments: ['" +
              std::string(2000, 'b') + "', 'c', 'd', 'e', 'f'] }");
@@ -175,7 +177,8 @@ TEST(Client, KeepsWhatItPrintsFromTheServiceWhenStandardOutputIsClosed) {
 }
 
 TEST(Client, CutsTheSocketPathAt107BytesAndKeepsTheRequest) {
-  const std::string path = kFolder + "/"s + std::string(107 - sizeof(kFolder), 's');
+  std::string path = kFolder + "/"s;
+  path.resize(107, 's');
   const int listener = Listen(path);
   QORDEX* client = QORDEX::Create({path + "cut", kConfigPath});
   ASSERT_NE(client, nullptr);
@@ -187,7 +190,7 @@ TEST(Client, CutsTheSocketPathAt107BytesAndKeepsTheRequest) {
   EXPECT_EQ(std::memcmp(&record, &before, sizeof(record)), 0);
   EXPECT_EQ(Read(connection, kRecordSize).size(), kRecordSize);
   char more = 0;
-  EXPECT_EQ(recv(connection, &more, 1, MSG_DONTWAIT), -1) << "the link is open both ways";
+  EXPECT_EQ(recv(connection, &more, 1, MSG_DONTWAIT), -1) << "the client has not closed the link";
   client->Destroy();
   EXPECT_EQ(recv(connection, &more, 1, MSG_DONTWAIT), 0) << "the link is closed";
   for (const int fd : {connection, listener}) close(fd);
@@ -234,7 +237,7 @@ using Words = std::vector<std::string>;
 constexpr std::size_t kLongestWord = 131071;  // bytes: the longest argument that Linux accepts
 
 // Parses a command line with a client that has no link. Returns the command of the request, or the
-// status, with which the record must be untouched.
+// status if the command line is refused. A refusal must leave the record untouched.
 std::string Parse(Words words) {
   std::vector<char*> argv;
   for (std::string& word : words) argv.push_back(word.data());
@@ -254,7 +257,7 @@ std::string Parse(Words words) {
   return request.cmds(0).options();
 }
 
-TEST(ArgumentParser, TakesTheLettersAfterTheFirstHyphensThatALetterFollows) {
+TEST(ArgumentParser, FindsTheCommandAfterTwoHyphensThatALetterFollowsDirectly) {
   for (const char* word : {"--h", "--help", "---help", "--help2", "--help-", "x--help", "--help@",
                            "--help[", "--help`", "--help{", "-x--9--@--[--`--{--help--signal"}) {
     EXPECT_EQ(Parse({"qordex", "sarvik", word}), "help") << word;
@@ -273,6 +276,7 @@ TEST(ArgumentParser, TakesTheLettersAfterTheFirstHyphensThatALetterFollows) {
        Words{"other", "Sarvik", "sarvi", "--help", "", std::string(kLongestWord, 'm')}) {
     EXPECT_EQ(Parse({"qordex", module, "--help"}), "6") << module.substr(0, 9);
   }
+
   EXPECT_EQ(Parse({}), "6");
   EXPECT_EQ(Parse({"qordex"}), "4");
   EXPECT_EQ(Parse({"qordex", "sarvik"}), "4");

@@ -1,4 +1,4 @@
-// The configuration loader and the log that it writes to.
+// The configuration loader, and the log and the property that it uses.
 
 #include <android/log.h>
 #include <cutils/properties.h>
@@ -36,7 +36,7 @@ using Ints = std::vector<int32_t>;
 using Floats = std::vector<float>;
 using Texts = std::vector<std::string>;
 
-std::string logged;  // without the loader's line numbers
+std::string logged;  // since the last TakeLog, without the loader's line numbers
 
 std::string TakeLog() { return std::exchange(logged, ""); }
 
@@ -82,12 +82,6 @@ std::string Text(float value) {
   std::snprintf(text, sizeof(text), "%.9g", static_cast<double>(value));
   return text;
 }
-template <typename T>
-std::string Text(const std::vector<T>& values) {
-  std::string text;
-  for (const T& value : values) text += (text.empty() ? "" : ", ") + Text(value);
-  return "[" + text + "]";
-}
 // A name, the number of a type and a value.
 std::string Text(const Config& config) {
   const Data& data = config.data;
@@ -98,9 +92,15 @@ std::string Text(const Config& config) {
   if (data.type == DataType::kFloat) return name + Text(data.floatValue);
   return name + Text(data.stringValue);
 }
+template <typename T>
+std::string Text(const std::vector<T>& values) {
+  std::string text;
+  for (const T& value : values) text += (text.empty() ? "" : ", ") + Text(value);
+  return "[" + text + "]";
+}
 
-// What the six typed getters find at the top level or, with a handle, in an object, where each
-// failure is logged.
+// Calls the six typed getters at the top level or, if `object` is a handle, in that object. Returns
+// a line for each that finds a value. Expects a log line for each that fails in an object.
 template <typename... Handle>
 std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle... object) {
   constexpr bool kIsTopLevel = sizeof...(object) == 0;
@@ -141,6 +141,9 @@ std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle
   return found;
 }
 
+// The sanitizers need more address space than any limit allows.
+#ifndef __SANITIZE_ADDRESS__
+
 // Loads `large` with `room` bytes of memory more than the process has, and ends the process. With
 // too little, the loader must return a status and keep its values.
 void LoadWithLittleMemory(ConfigLoad& loader, const ConfigLoadCreateData& large, rlim_t room) {
@@ -148,14 +151,12 @@ void LoadWithLittleMemory(ConfigLoad& loader, const ConfigLoadCreateData& large,
   std::ifstream("/proc/self/statm") >> pages;
   const rlim_t size = pages * static_cast<rlim_t>(getpagesize()) + room;
   const rlimit limit = {size, size};
-  setrlimit(RLIMIT_AS, &limit);
+  if (setrlimit(RLIMIT_AS, &limit) != 0) _exit(EXIT_FAILURE);
   const bool isLoaded = loader.Initialize(large) == kConfigOk;
   _exit(isLoaded || loader.GetInt("k") == 1 ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
-// Runs first, because memory that other tests have freed would not count against the limit. The
-// sanitizers need more address space than any limit allows.
-#ifndef __SANITIZE_ADDRESS__
+// Runs first, because memory that other tests have freed would not count against the limit.
 TEST(ConfigLoad, RefusesWhatDoesNotFitIntoMemory) {
   const auto loader = Load(R"({"k": 1})");
   const ConfigLoadCreateData large =
@@ -165,6 +166,7 @@ TEST(ConfigLoad, RefusesWhatDoesNotFitIntoMemory) {
     EXPECT_EXIT(LoadWithLittleMemory(*loader, large, room), testing::ExitedWithCode(0), "") << room;
   }
 }
+
 #endif
 
 TEST(ConfigLoad, ReadsEachKindOfValueOnlyWithTheGetterForIt) {
@@ -183,6 +185,7 @@ TEST(ConfigLoad, LooksUpKeysByteForByteToTheirFirstZero) {
   const auto loader =
       Load(R"({"": 1, "name": 5, "o": {"": 1}, "s": "x", "0123456789abcdef": ["x"]})");
   for (const char* key : {"", "Name", "nam", "names", "%s"}) {
+    SCOPED_TRACE(key);
     EXPECT_EQ(CallGetters(*loader, key), "");
     EXPECT_EQ(CallGetters(*Load(R"(["nam", 5])"), key), "");
     for (const void* object :
@@ -191,33 +194,33 @@ TEST(ConfigLoad, LooksUpKeysByteForByteToTheirFirstZero) {
     }
   }
   EXPECT_EQ(loader->GetInt("name\0x"s), 5);
-  EXPECT_EQ(loader->GetInt("\0x"s), 1) << "such a key is not empty";
+  EXPECT_EQ(loader->GetInt("\0x"s), 1) << "such a key is an empty name";
   std::string value = "s";
-  EXPECT_EQ(loader->GetString(value, value, "default"), 0) << "the result may be the key";
-  std::vector<std::string> values = {"0123456789abcdef"};
-  EXPECT_EQ(loader->GetStringArray(values[0], values), 0) << "or hold it";
+  EXPECT_EQ(loader->GetString(value, value, "default"), kConfigOk) << "the result may be the key";
+  std::vector<std::string> values = {"0123456789abcdef"};  // too long for the string itself
+  EXPECT_EQ(loader->GetStringArray(values[0], values), kConfigOk) << "the result may hold the key";
 }
 
 TEST(ConfigLoad, HandsOutHandlesToValuesOfAnyKindAndNullForAMissingKey) {
   const auto loader = Load(R"({"n": null, "o": {"x": {"y": 1}}})");
   const void* const untouched = loader.get();
   const void* handle = untouched;
-  EXPECT_EQ(loader->GetObject("", &handle), 4);
-  EXPECT_EQ(loader->GetObject(nullptr, "", &handle), 4);
+  EXPECT_EQ(loader->GetObject("", &handle), kConfigError);
+  EXPECT_EQ(loader->GetObject(nullptr, "", &handle), kConfigError);
   EXPECT_EQ(handle, untouched);
   EXPECT_EQ(TakeLog(), kGetObject + "key is empty\n" + kGetObject + "Failed to get key: \n");
-  EXPECT_EQ(loader->GetObject("n", &handle), 0);
+  EXPECT_EQ(loader->GetObject("n", &handle), kConfigOk);
   EXPECT_NE(handle, nullptr);
-  EXPECT_EQ(loader->GetObject(loader->GetObject("o"), "x", &handle), 0);
-  EXPECT_EQ(loader->GetObject(handle, "y", &handle), 0);
+  EXPECT_EQ(loader->GetObject(loader->GetObject("o"), "x", &handle), kConfigOk);
+  EXPECT_EQ(loader->GetObject(handle, "y", &handle), kConfigOk);
   EXPECT_NE(handle, nullptr);
-  EXPECT_EQ(loader->GetObject("%s", &handle), 12);
+  EXPECT_EQ(loader->GetObject("%s", &handle), kConfigNotFound);
   EXPECT_EQ(handle, nullptr);
   EXPECT_EQ(TakeLog(), kGetObject + "key is not found: %s\n");
   for (const void* object :
        {static_cast<const void*>(nullptr), loader->GetObject("n"), loader->GetObject("o")}) {
     handle = untouched;
-    EXPECT_EQ(loader->GetObject(object, "%s", &handle), 4);
+    EXPECT_EQ(loader->GetObject(object, "%s", &handle), kConfigError);
     EXPECT_EQ(handle, nullptr);
     EXPECT_EQ(TakeLog(), kGetObject + "Failed to get key: %s\n");
   }
@@ -227,12 +230,11 @@ TEST(ConfigLoad, ReadsArraysOfObjectsIntoRows) {
   for (const auto& [value, expected] : ReadCases("rows.txt")) {
     std::string rows;
     for (const auto& row : Load("{\"k\": " + value + "}")->GetArrayObject("k")) {
-      for (const Config& config : row) rows += Text(config) + " ";
-      rows.back() = '\n';
+      rows += Text(row) + "\n";
     }
     EXPECT_EQ(rows, expected) << value;
   }
-  EXPECT_EQ(Text(Config("n", "text")) + Text(Config("n", 0)), R"(n:3="text"n:1=0)");
+  EXPECT_EQ(Text(Config("n", "text")), R"(n:3="text")");
   static_assert(!std::is_constructible_v<Data, const void*>);
   EXPECT_TRUE(Load("[{}]")->GetArrayObject("k").empty());
   EXPECT_TRUE(Load("{}")->GetArrayObject("").empty());
@@ -259,13 +261,14 @@ TEST(ConfigLoad, LoadsStrictJsonUpToItsFirstZeroByte) {
 TEST(ConfigLoad, KeepsItsValuesWhenInitializeFails) {
   const auto loader = Load(R"({"k": 1})");
   for (const auto& [data, status] : std::vector<std::pair<ConfigLoadCreateData, int32_t>>{
-           {{kConfigFileTypeJson, "/nonexistent"}, 12},
-           {{kConfigFileTypeJson, "/"}, 4},
-           {Json("{}", std::numeric_limits<off_t>::max()), 4},
-           {Json("{"), 4}}) {
+           {{kConfigFileTypeJson, "/nonexistent"}, kConfigNotFound},
+           {{kConfigFileTypeJson, "/"}, kConfigError},
+           {Json("{}", std::numeric_limits<off_t>::max()), kConfigError},
+           {Json("{"), kConfigError}}) {
     const int lowestFree = dup(STDIN_FILENO);
     close(lowestFree);
-    EXPECT_EQ(loader->Initialize(data), status) << data.filePath;
+    SCOPED_TRACE(data.filePath);
+    EXPECT_EQ(loader->Initialize(data), status);
     EXPECT_EQ(fcntl(lowestFree, F_GETFD), -1) << "the file is closed";
     EXPECT_EQ(loader->GetInt("k"), 1);
     EXPECT_EQ(TakeLog(), "");
@@ -295,9 +298,9 @@ TEST(Log, WritesBaseNameLineFunctionAndMessageInAtMost1023Bytes) {
   for (const std::size_t length : {1015U, 1016U, 1022U, 1023U, 5000U}) {
     const std::string text(length, 'x');
     SarvikSystemLog(6, "f", 1, "F", "%s", text.c_str());
-    EXPECT_EQ(TakeLog(), ("f:1 F() " + text).substr(0, 1023) + "\n");
+    EXPECT_EQ(TakeLog(), ("f:1 F() " + text).substr(0, 1023) + "\n") << length;
     SarvikSystemLog(6, text.c_str(), 1, "F", "message");
-    EXPECT_EQ(TakeLog(), (text + ":1 F() message").substr(0, 1023) + "\n");
+    EXPECT_EQ(TakeLog(), (text + ":1 F() message").substr(0, 1023) + "\n") << length;
   }
 }
 
@@ -307,8 +310,9 @@ TEST(Property, IsAnIntegerOf32BitsOrTheDefault) {
     errno = ERANGE;  // from an earlier call, so it must not count
     return property_get_int32(kThreshold, 5);
   };
-  for (const char* text : {"", "7 ", "2147483648", "-2147483649"}) EXPECT_EQ(property(text), 5);
-  for (const char* text : {" 6", "0x6", "06", "6"}) EXPECT_EQ(property(text), 6);
+  for (const char* text : {"", "7 ", "2147483648", "-2147483649"})
+    EXPECT_EQ(property(text), 5) << text;
+  for (const char* text : {" 6", "0x6", "06", "6"}) EXPECT_EQ(property(text), 6) << text;
   EXPECT_EQ(property("-2147483648"), INT32_MIN);
   EXPECT_EQ(property("2147483647"), INT32_MAX);
   unsetenv(kThreshold);
@@ -325,7 +329,7 @@ int __android_log_print(int priority, const char* tag, const char* format, ...) 
   EXPECT_STREQ(format, "%s");
   va_list arguments;
   va_start(arguments, format);
-  const std::regex lineNumber("^(config[a-z]*[.](cpp|h)):[0-9]+");
+  const std::regex lineNumber("^(config[a-z]*[.](cpp|h)):[0-9]+");  // not of config_test.cpp
   logged += std::regex_replace(va_arg(arguments, const char*), lineNumber, "$1") + "\n";
   va_end(arguments);
   return 1;
