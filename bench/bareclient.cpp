@@ -1,5 +1,5 @@
-// The least that a client can do for `qordex sarvik --help`: the request lies ready, and the
-// reply's message is written out as it came. Nothing but the C library is used.
+// The least that a client can do for `qordex sarvik --help`: the request is a constant, and
+// the reply's message is written out as it came. Nothing but the C library is used.
 
 #include <sys/socket.h>
 #include <sys/un.h>

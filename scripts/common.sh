@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# Sourced first by the scripts here and by .ci/run: help and errors. The help is the script's header
-# comment, whose last lines are the usage. Sets `script` to its path without links.
+# Sourced first by the other scripts here, for their help and their errors. The help is a script's
+# header comment, which ends with the usage. Sets `script` to the script's path without links.
 
 script=$(realpath "$0")
 

@@ -1,12 +1,9 @@
 # shellcheck shell=bash
 # Sourced by scripts that start the stand-in service. It and the program are taken from PATH.
 
-# Whether the program finds a service. It connects before it refuses this command, so the service
-# gets no request.
-service_answers() {
-  timeout 20 qordex sarvik - >/dev/null 2>&1
-  [ $? = 4 ]  # the status of a command that is refused
-}
+# Whether the program finds a service. The program connects before it refuses the command "-", so
+# the service gets no request. Its status is 0 if it cannot connect.
+service_answers() { ! timeout 20 qordex sarvik - >/dev/null 2>&1; }
 
 # start_service FOLDER: starts the service with the replies in FOLDER and waits until it answers.
 # The caller ends it.
@@ -14,12 +11,12 @@ start_service() {
   qordex-demo-service "$1" &
   service=$!
   until service_answers; do
-    kill -0 "$service" || return 1  # it has ended
+    kill -0 "$service" 2>/dev/null || return 1  # it has ended
     sleep 0.01
   done
 }
 
-# Ends the service, if it has been started, for example in a trap.
+# Ends the service if it has been started. Never fails.
 end_service() {
   [ -z "${service-}" ] || kill "$service" 2>/dev/null || true
 }
