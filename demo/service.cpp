@@ -27,17 +27,14 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: qordex-demo-service [FOLDER]\n"
-    "\n"
-    "Answers qordex in place of the camera service until it is ended by a signal. The reply to\n"
-    "COMMAND is read from FOLDER/COMMAND.textproto (default: from demo/replies in the source\n"
-    "tree), a QORDEXMessage in protocol-buffer text format.\n";
+    "The reply to COMMAND is read from FOLDER/COMMAND.textproto (default: " DEMO_REPLIES ").\n";
 
 // A reply that the client prints as one line.
 QORDEXMessage PlainReply(const std::string& line) {
   QORDEXMessage reply;
   QORDEXMessage::QDXCmd* cmd = reply.add_cmds();
   cmd->set_options("demo service");
-  cmd->add_arguments(line.substr(0, 4000));  // no more than a record holds
+  cmd->add_arguments(line.substr(0, 4000));  // leaves room in a record of 4096 bytes
   return reply;
 }
 
