@@ -226,7 +226,9 @@ TEST(Catalogue, HoldsEachCommandUnderEachOfItsNames) {
   Catalogue catalogue;
   catalogue["moduleName: sarvik,cmdName: i"].args = {"replaced"};
   RegisterSarvikModule(catalogue);
-  RegisterCommand(CmdOption(), catalogue);  // left out, because it has no module
+  CmdOption withoutModule;
+  withoutModule.cmdName = "left out";
+  RegisterCommand(withoutModule, catalogue);
   EXPECT_EQ(catalogue.size(), 6U);
   EXPECT_TRUE(catalogue["moduleName: sarvik,cmdName: i"].args.empty());
   EXPECT_EQ(CatalogueKey(std::string(600, 'm'), ""), "moduleName: " + std::string(499, 'm'));

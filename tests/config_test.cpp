@@ -62,7 +62,7 @@ ConfigLoadCreateData Json(const std::string& text, off_t size = 0) {
   const int fd = memfd_create("configuration", 0);
   EXPECT_EQ(ftruncate(fd, size), 0);
   EXPECT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-  return {kConfigFileTypeJson, "/proc/self/fd/" + std::to_string(fd)};
+  return {0, "/proc/self/fd/" + std::to_string(fd)};
 }
 
 std::string Repeat(const std::string& text, int count) {
