@@ -48,8 +48,7 @@ int main(int argc, char** argv) {
     std::fputs("usage: jsonload CreateObject|iterative|recursive FILE COUNT\n", stderr);
     return EXIT_FAILURE;
   }
-  Load* const load = loads.at(argv[1]);
   for (auto left = std::strtol(argv[3], nullptr, 10); left > 0; --left) {
-    if (!load(argv[2])) return EXIT_FAILURE;
+    if (!loads.at(argv[1])(argv[2])) return EXIT_FAILURE;
   }
 }
