@@ -1,5 +1,4 @@
-# Cross-building for AArch64 Linux against Debian's multi-arch packages. What is built runs under
-# the emulator, which finds the shared libraries where those packages put them.
+# Cross-building for AArch64 Linux against Debian's multi-arch packages.
 
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)

@@ -6,7 +6,6 @@
 service_answers() { ! timeout 20 qordex sarvik - >/dev/null 2>&1; }
 
 # start_service FOLDER: starts the service with the replies in FOLDER and waits until it answers.
-# The caller ends it.
 start_service() {
   qordex-demo-service "$1" &
   service=$!

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <stdexcept>
@@ -138,8 +139,7 @@ TEST(Client, RefusesLengthsThatNoMessageHas) {
               "Invalid reply from server\nFailed to send request: 1\nexit status 1\n")
         << length;
   }
-  EXPECT_EQ(printed(0), "");
-  EXPECT_EQ(printed(4095), "");
+  for (const int32_t length : {0, 4095}) EXPECT_EQ(printed(length), "") << length;
   EXPECT_EQ(printed(4096), "a\n");
 }
 
@@ -211,6 +211,8 @@ TEST(Client, ReportsASendToALinkThatIsBrokenAlready) {
 }
 
 TEST(Client, ReportsASocketThatCannotBeCreated) {
+  // A sanitizer may open files at its first check, which the limit below would prevent.
+  EXPECT_EQ(QORDEX::Create({"/nonexistent", kConfigPath}), nullptr);
   rlimit limit = {};
   getrlimit(RLIMIT_NOFILE, &limit);
   const rlimit none = {0, limit.rlim_max};
