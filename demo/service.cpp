@@ -34,7 +34,7 @@ QORDEXMessage PlainReply(const std::string& line) {
   QORDEXMessage reply;
   QORDEXMessage::QDXCmd* cmd = reply.add_cmds();
   cmd->set_options("demo service");
-  cmd->add_arguments(line.substr(0, 4000));  // leaves room in a record of 4096 bytes
+  cmd->add_arguments(line.substr(0, 4000));  // so that the message fits into 4096 bytes
   return reply;
 }
 

@@ -51,7 +51,7 @@ class QORDEX {
 
   // Sends `record` unchanged, waits for one reply without a time-out, and prints it. Returns
   // kStatusExchangeFailed, with the reason printed, when the exchange fails or the reply is
-  // invalid. What counts as invalid is said at PrintReply. The caller must ignore SIGPIPE, or
+  // invalid. PrintReply says what counts as invalid. The caller must ignore SIGPIPE, or
   // sending to a service that has closed the link ends the process.
   virtual int SendRequest(QORDEXMessageString* record) = 0;
 

@@ -6,7 +6,7 @@
 
 // Decodes a reply record, whatever it holds, and prints it on standard output. A reply is invalid
 // when its length is impossible, or when the first of several elements is "type" without an
-// argument. For it "Invalid reply from server" is printed and kStatusExchangeFailed returned; for
-// every other reply kStatusOk is returned. A reply that does not decode or has no printable form
-// prints nothing.
+// argument. An invalid reply prints "Invalid reply from server" and returns kStatusExchangeFailed.
+// Every other reply returns kStatusOk, and prints nothing if it does not decode or has no printable
+// form.
 int PrintReply(const QORDEXMessageString& reply);

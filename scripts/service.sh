@@ -1,8 +1,8 @@
 # shellcheck shell=bash
 # Sourced by scripts that start the stand-in service. It and the program are taken from PATH.
 
-# Whether the program finds a service. The program connects before it refuses the command "-", so
-# the service gets no request. Its status is 0 if it cannot connect.
+# Whether the program can connect to a service: its status is 0 if it cannot. It connects before it
+# refuses the command "-", so the service gets no request. Any other failure also ends the waiting.
 service_answers() { ! timeout 20 qordex sarvik - >/dev/null 2>&1; }
 
 # start_service FOLDER: starts the service with the replies in FOLDER and waits until it answers.

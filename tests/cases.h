@@ -1,4 +1,4 @@
-// Reads cases from a file of tests/cases. A case is an input and the output expected for it. An
+// Reads cases from a file in tests/cases. A case is an input and the output expected for it. An
 // input begins in the first column, and its further lines are indented. Each "|" begins a line of
 // output. Another "|" at the end of that line protects spaces before it.
 

@@ -62,7 +62,7 @@ ConfigLoadCreateData Json(const std::string& text, off_t size = 0) {
   const int fd = memfd_create("configuration", 0);
   EXPECT_EQ(ftruncate(fd, size), 0);
   EXPECT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-  return {0, "/proc/self/fd/" + std::to_string(fd)};
+  return {0, "/proc/self/fd/" + std::to_string(fd)};  // 0 is JSON: callers may write the number
 }
 
 std::string Repeat(const std::string& text, int count) {
@@ -106,7 +106,7 @@ std::string CallGetters(const ConfigLoad& loader, const std::string& key, Handle
   constexpr bool kIsTopLevel = sizeof...(object) == 0;
   std::string found;
   std::string log;
-  // `value` is what the getter with a status has written to a variable that held something else.
+  // `value` is the variable that the getter with a status has overwritten.
   const auto add = [&](const std::string& getter, int32_t status, const auto& value,
                        const auto& fallback, const auto& withoutStatus) {
     using Result = std::decay_t<decltype(value)>;

@@ -5,9 +5,8 @@
 //  - A status is 0 for success or one of the statuses below.
 //  - A key ends at its first zero byte and is compared byte for byte; of two members with one name
 //    the first wins. An empty key always fails; one that begins with a zero byte is an empty name.
-//  - An int has no fraction and no exponent, and fits 32 bits. A float lies within +-3.4028234e38
-//    and has a fraction or an exponent, or is an integer beyond 64 bits. Neither is read as the
-//    other.
+//  - An int has no fraction and no exponent, and fits 32 bits. A float lies within +-3.4028234e38.
+//    It has a fraction or an exponent, or is an integer beyond 64 bits. Neither reads as the other.
 //  - A string ends at its first zero byte.
 //  - Object handles point to a value, of any kind, inside the loader. They are valid while the
 //    loader lives and until its next successful Initialize. The loader owns what they point to.
@@ -107,13 +106,14 @@ class ConfigLoad {
   virtual int32_t GetStringArray(const void* object, std::string key,
                                  std::vector<std::string>& values) const = 0;
 
-  // As the top-level GetObject, except that a missing key gives kConfigError. So does a handle that
-  // is null or designates no object.
+  // As the top-level GetObject, except that a missing key gives kConfigError. So does an `object`
+  // that is null or designates no object.
   virtual int32_t GetObject(const void* object, const std::string& key,
                             const void** handle) const = 0;
 
   // Top-level values for callers that are content with 0, an empty string, an empty vector or a
-  // null handle in place of a status.
+  // null handle in place of a status. They call the getters above, so a class that overrides those
+  // changes these too.
   virtual int32_t GetInt(const std::string& key) const = 0;
   virtual float GetFloat(const std::string& key) const = 0;
   virtual std::string GetString(const std::string& key) const = 0;
